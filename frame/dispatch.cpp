@@ -1,0 +1,371 @@
+#include "frame/dispatch.h"
+
+#include "frame/arg_array.h"
+#include "frame/errors.h"
+#include "frame/fpu_guard.h"
+#include "frame/guards.h"
+
+#include <cstring>
+#include <cwchar>
+#include <new>
+#include <string>
+
+namespace vn {
+
+namespace {
+
+LONG g_objects = 0;
+ITypeLib* g_typeLib = nullptr;
+
+bool SameName(const wchar_t* a, const wchar_t* b) {
+    return CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, a, -1, b, -1) == CSTR_EQUAL;
+}
+
+BSTR ToBstr(const std::string& text) {
+    const int chars = MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+    BSTR result = SysAllocStringLen(nullptr, static_cast<UINT>(chars > 0 ? chars : 0));
+    if (result && chars > 0)
+        MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), result, chars);
+    return result;
+}
+
+// Size of the value behind a typed by-reference pointer, 0 for types whose
+// value cannot simply be copied.
+std::size_t ScalarSize(VARTYPE type) {
+    switch (type) {
+    case VT_I1: case VT_UI1: return 1;
+    case VT_I2: case VT_UI2: case VT_BOOL: return 2;
+    case VT_I4: case VT_UI4: case VT_INT: case VT_UINT: case VT_R4: case VT_ERROR: return 4;
+    case VT_R8: case VT_DATE: case VT_CY: case VT_I8: case VT_UI8: return 8;
+    default: return 0;
+    }
+}
+
+}  // namespace
+
+LONG LiveObjectCount() { return g_objects; }
+void AddModuleRef() { InterlockedIncrement(&g_objects); }
+void ReleaseModuleRef() { InterlockedDecrement(&g_objects); }
+
+HRESULT GetModuleTypeLib(ITypeLib** library) {
+    if (!library) return E_POINTER;
+    *library = nullptr;
+    if (!g_typeLib) {
+        wchar_t path[MAX_PATH];
+        const DWORD length = GetModuleFileNameW(ResourceModule(), path, MAX_PATH);
+        if (length == 0 || length >= MAX_PATH) return HRESULT_FROM_WIN32(GetLastError());
+        ITypeLib* loaded = nullptr;
+        const HRESULT hr = LoadTypeLibEx(path, REGKIND_NONE, &loaded);
+        if (FAILED(hr)) return hr;
+        if (InterlockedCompareExchangePointer(reinterpret_cast<void**>(&g_typeLib), loaded, nullptr) != nullptr)
+            loaded->Release();  // another thread got there first
+    }
+    g_typeLib->AddRef();
+    *library = g_typeLib;
+    return S_OK;
+}
+
+// -------------------------------------------------------------------- Call
+
+struct Call::Slot {
+    VARIANT* direct = nullptr;  // the host's variant, written in place
+    VARIANT* typedRef = nullptr;  // a typed by-reference argument
+    VARIANT copy;               // private value for typed or by-value arguments
+    VARIANT pending;
+    bool hasCopy = false;
+    bool hasPending = false;
+    Slot() {
+        VariantInit(&copy);
+        VariantInit(&pending);
+    }
+};
+
+Call::Call(const MethodRow& row, VARIANT** arguments)
+    : row_(row), arguments_(arguments), slots_(static_cast<std::size_t>(row.paramCount)) {
+    VariantInit(&result_);
+}
+
+Call::~Call() {
+    for (Slot& slot : slots_) {
+        VariantClear(&slot.copy);
+        VariantClear(&slot.pending);
+    }
+    VariantClear(&result_);
+}
+
+bool Call::IsMissing(int i) const {
+    return IsMissingArgument(*arguments_[i]);
+}
+
+VARIANT* Call::Out(int i) {
+    Slot& slot = slots_[static_cast<std::size_t>(i)];
+    if (slot.direct) return slot.direct;
+    if (slot.hasCopy) return &slot.copy;
+    VARIANT* arg = arguments_[i];
+    if (V_VT(arg) == (VT_BYREF | VT_VARIANT)) {
+        slot.direct = V_VARIANTREF(arg);
+        return slot.direct;
+    }
+    // A typed reference is read through a dereferenced copy and written back
+    // at commit; a value argument gets a copy whose result is discarded.
+    CheckHResult(VariantCopyInd(&slot.copy, arg));
+    slot.hasCopy = true;
+    if (V_VT(arg) & VT_BYREF) slot.typedRef = arg;
+    return &slot.copy;
+}
+
+void Call::SetOut(int i, VARIANT* value) {
+    Out(i);  // classify the slot
+    Slot& slot = slots_[static_cast<std::size_t>(i)];
+    VariantClear(&slot.pending);
+    slot.pending = *value;
+    VariantInit(value);
+    slot.hasPending = true;
+}
+
+void Call::SetOutDouble(int i, double value) {
+    VARIANT v;
+    VariantInit(&v);
+    V_VT(&v) = VT_R8;
+    V_R8(&v) = value;
+    SetOut(i, &v);
+}
+
+void Call::SetOutInt(int i, std::int32_t value) {
+    VARIANT v;
+    VariantInit(&v);
+    V_VT(&v) = VT_I4;
+    V_I4(&v) = value;
+    SetOut(i, &v);
+}
+
+void Call::SetResult(VARIANT* value) {
+    VariantClear(&result_);
+    result_ = *value;
+    VariantInit(value);
+}
+
+void Call::SetResultDouble(double value) {
+    VariantClear(&result_);
+    V_VT(&result_) = VT_R8;
+    V_R8(&result_) = value;
+}
+
+void Call::SetResultInt(std::int32_t value) {
+    VariantClear(&result_);
+    V_VT(&result_) = VT_I4;
+    V_I4(&result_) = value;
+}
+
+void Call::Commit(VARIANT* result) {
+    // Phase 1: everything that can fail. A typed reference receives its
+    // result converted to its own type.
+    for (Slot& slot : slots_) {
+        if (!slot.typedRef) continue;
+        VARIANT* value = slot.hasPending ? &slot.pending : &slot.copy;
+        const VARTYPE base = V_VT(slot.typedRef) & static_cast<VARTYPE>(~VT_BYREF);
+        if (V_VT(value) == base) continue;
+        if ((base & VT_ARRAY) || (V_VT(value) & VT_ARRAY) || (ScalarSize(base) == 0 && base != VT_BSTR))
+            ThrowAutomationError(DISP_E_TYPEMISMATCH, nullptr, -1);
+        VariantGuard converted;
+        CheckHResult(VariantChangeType(converted.get(), value, 0, base));
+        VariantClear(value);
+        converted.MoveTo(value);
+    }
+    // Phase 2: hand everything over; nothing here can fail.
+    for (Slot& slot : slots_) {
+        if (slot.typedRef) {
+            VARIANT* value = slot.hasPending ? &slot.pending : &slot.copy;
+            const VARTYPE base = V_VT(value);
+            void* where = V_BYREF(slot.typedRef);
+            if (base & VT_ARRAY) {
+                SAFEARRAY** target = static_cast<SAFEARRAY**>(where);
+                if (*target) SafeArrayDestroy(*target);
+                *target = V_ARRAY(value);
+            } else if (base == VT_BSTR) {
+                BSTR* target = static_cast<BSTR*>(where);
+                SysFreeString(*target);
+                *target = V_BSTR(value);
+            } else {
+                std::memcpy(where, &V_UI1(value), ScalarSize(base));
+            }
+            VariantInit(value);
+        } else if (slot.direct && slot.hasPending) {
+            VariantClear(slot.direct);
+            *slot.direct = slot.pending;
+            VariantInit(&slot.pending);
+        }
+    }
+    if (result) {
+        *result = result_;
+        VariantInit(&result_);
+    }
+}
+
+// ----------------------------------------------------------------- Control
+
+namespace {
+
+class Control final : public IDispatch, public IProvideClassInfo {
+public:
+    explicit Control(const DispatchTable& table) : table_(table) { AddModuleRef(); }
+    ~Control() { ReleaseModuleRef(); }
+
+    // IUnknown
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (!object) return E_POINTER;
+        if (IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch) ||
+            IsEqualIID(iid, *table_.dispatchIid)) {
+            *object = static_cast<IDispatch*>(this);
+        } else if (IsEqualIID(iid, IID_IProvideClassInfo)) {
+            *object = static_cast<IProvideClassInfo*>(this);
+        } else {
+            *object = nullptr;
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
+    ULONG STDMETHODCALLTYPE Release() override {
+        const LONG refs = InterlockedDecrement(&refs_);
+        if (refs == 0) delete this;
+        return static_cast<ULONG>(refs);
+    }
+
+    // IDispatch
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+        if (!count) return E_POINTER;
+        *count = 1;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
+        if (!info) return E_POINTER;
+        *info = nullptr;
+        if (index != 0) return DISP_E_BADINDEX;
+        return TypeInfoOf(*table_.dispatchIid, info);
+    }
+
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID,
+                                            DISPID* ids) override {
+        if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+        if (!names || !ids) return E_POINTER;
+        if (count == 0) return S_OK;
+        const MethodRow* row = nullptr;
+        for (int r = 0; r < table_.rowCount && names[0]; ++r)
+            if (SameName(names[0], table_.rows[r].name)) row = &table_.rows[r];
+        HRESULT hr = S_OK;
+        ids[0] = row ? row->id : DISPID_UNKNOWN;
+        if (!row) hr = DISP_E_UNKNOWNNAME;
+        for (UINT k = 1; k < count; ++k) {
+            ids[k] = DISPID_UNKNOWN;
+            for (int p = 0; row && names[k] && p < row->paramCount; ++p)
+                if (SameName(names[k], row->params[p].name)) ids[k] = p;
+            if (ids[k] == DISPID_UNKNOWN) hr = DISP_E_UNKNOWNNAME;
+        }
+        return hr;
+    }
+
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* params,
+                                     VARIANT* result, EXCEPINFO* excep, UINT* argErr) override {
+        if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+        const MethodRow* row = nullptr;
+        for (int r = 0; r < table_.rowCount; ++r)
+            if (table_.rows[r].id == id) row = &table_.rows[r];
+        if (!row) return DISP_E_MEMBERNOTFOUND;
+        if (!(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET))) return DISP_E_MEMBERNOTFOUND;
+        DISPPARAMS none = {nullptr, nullptr, 0, 0};
+        if (!params) params = &none;
+        return InvokeRow(*row, *params, result, excep, argErr);
+    }
+
+    // IProvideClassInfo
+    HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) override {
+        if (!info) return E_POINTER;
+        *info = nullptr;
+        return TypeInfoOf(*table_.clsid, info);
+    }
+
+private:
+    static HRESULT TypeInfoOf(REFGUID guid, ITypeInfo** info) {
+        ITypeLib* library = nullptr;
+        HRESULT hr = GetModuleTypeLib(&library);
+        if (FAILED(hr)) return hr;
+        hr = library->GetTypeInfoOfGuid(guid, info);
+        library->Release();
+        return hr;
+    }
+
+    HRESULT InvokeRow(const MethodRow& row, const DISPPARAMS& params, VARIANT* result, EXCEPINFO* excep,
+                      UINT* argErr) {
+        const int count = static_cast<int>(params.cArgs);
+        const int named = static_cast<int>(params.cNamedArgs);
+        if (count > row.paramCount || named > count) return DISP_E_BADPARAMCOUNT;
+        VARIANT missing;
+        VariantInit(&missing);
+        V_VT(&missing) = VT_ERROR;
+        V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
+        VARIANT* args[64] = {};
+        // Positional arguments arrive last-first after the named ones.
+        const int positional = count - named;
+        for (int k = 0; k < positional; ++k) args[k] = &params.rgvarg[count - 1 - k];
+        for (int k = 0; k < named; ++k) {
+            const DISPID p = params.rgdispidNamedArgs[k];
+            if (p < 0 || p >= row.paramCount || args[p]) {
+                if (argErr) *argErr = static_cast<UINT>(k);
+                return DISP_E_PARAMNOTFOUND;
+            }
+            args[p] = &params.rgvarg[k];
+        }
+        for (int p = 0; p < row.paramCount; ++p) {
+            if (args[p]) continue;
+            if (row.params[p].kind != ParamKind::Opt) return named ? DISP_E_PARAMNOTOPTIONAL : DISP_E_BADPARAMCOUNT;
+            args[p] = &missing;
+        }
+        if (!row.handler) return E_NOTIMPL;
+        if (result) VariantInit(result);
+
+        HRESULT code = S_OK;
+        std::string description;
+        bool hasDescription = false;
+        try {
+            FpuGuard guard;
+            Call call(row, args);
+            row.handler(call);
+            call.Commit(result);
+            return S_OK;
+        } catch (const AutomationError& e) {
+            code = e.code;
+            description = e.description;
+            hasDescription = e.hasDescription;
+        } catch (const std::bad_alloc&) {
+            code = E_OUTOFMEMORY;
+        } catch (...) {
+            code = E_UNEXPECTED;
+        }
+        if (!excep) return code;
+        std::memset(excep, 0, sizeof *excep);
+        excep->scode = code;
+        excep->bstrSource = SysAllocString(table_.progId);
+        if (hasDescription) excep->bstrDescription = ToBstr(description);
+        return DISP_E_EXCEPTION;
+    }
+
+    LONG refs_ = 1;
+    const DispatchTable& table_;
+};
+
+}  // namespace
+
+HRESULT CreateControl(const DispatchTable& table, REFIID iid, void** object) {
+    if (!object) return E_POINTER;
+    *object = nullptr;
+    Control* control = new (std::nothrow) Control(table);
+    if (!control) return E_OUTOFMEMORY;
+    const HRESULT hr = control->QueryInterface(iid, object);
+    control->Release();
+    return hr;
+}
+
+}  // namespace vn
