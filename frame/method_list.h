@@ -68,7 +68,7 @@
     M(17, ToPolarArray, VOID, "Converts complex arrays from rectangular to polar form.", ARG_IN(x), ARG_IN(y), ARG_OUT(Mag), ARG_OUT(Phase)) \
     M(18, ToRectArray, VOID, "Converts complex arrays from polar to rectangular form.", ARG_IN(Mag), ARG_IN(Phase), ARG_OUT(x), ARG_OUT(y)) \
     M(19, CxLinEvArray, VOID, "Evaluates a*x + b for every element of a complex array.", ARG_IN(xr), ARG_IN(xi), ARG_IN(ar), ARG_IN(ai), ARG_IN(br), ARG_IN(bi), ARG_OUT(yr), ARG_OUT(yi)) \
-    M(20, CxCholesky, VOID, "Upper triangular R with R^H*R = A for a Hermitian positive definite matrix.", ARG_IN(ar), ARG_IN(ai), ARG_OUT(rr), ARG_OUT(ri)) \
+    M(20, CxCholesky, VOID, "Upper triangular R with R^H*R = A for a Hermitian positive definite matrix.", ARG_IN(ar), ARG_IN(ai), ARG_OUT(Rr), ARG_OUT(Ri)) \
     M(21, CxEigenValueVector, VOID, "Eigenvalues and eigenvectors of a complex square matrix.", ARG_IN(ar), ARG_IN(ai), ARG_OUT(ValueRe), ARG_OUT(ValueIm), ARG_OUT(VectorRe), ARG_OUT(VectorIm)) \
     M(22, CxGenInvMatrix, VOID, "Inverse of a complex square matrix of the given MatrixType.", ARG_IN(ar), ARG_IN(ai), ARG_IN(MatrixType), ARG_OUT(br), ARG_OUT(bi)) \
     M(23, CxMatrixMul, VOID, "Product of two complex matrices, or of a matrix and a vector.", ARG_IN(xr), ARG_IN(xi), ARG_IN(yr), ARG_IN(yi), ARG_OUT(zr), ARG_OUT(zi)) \
@@ -83,7 +83,7 @@
     M(32, CxTrace, VOID, "Trace of a complex square matrix.", ARG_IN(ar), ARG_IN(ai), ARG_OUT(tr), ARG_OUT(ti)) \
     M(33, CxCheckPosDef, VARIANT, "Returns 1 when a complex matrix is Hermitian positive definite, else 0.", ARG_IN(ar), ARG_IN(ai)) \
     M(34, CxSpecialMatrix, VOID, "Builds a complex identity, diagonal, Toeplitz, Vandermonde or companion matrix.", ARG_IN(MatrixType), ARG_IN(MatrixSize), ARG_IN(Array1r), ARG_IN(Array1i), ARG_IN(Array2r), ARG_IN(Array2i), ARG_OUT(br), ARG_OUT(bi)) \
-    M(35, CxQR, VOID, "QR factorisation A = Q*R of a complex matrix.", ARG_IN(ar), ARG_IN(ai), ARG_OUT(qr), ARG_OUT(qi), ARG_OUT(rr), ARG_OUT(ri)) \
+    M(35, CxQR, VOID, "QR factorisation A = Q*R of a complex matrix.", ARG_IN(ar), ARG_IN(ai), ARG_OUT(Qr), ARG_OUT(Qi), ARG_OUT(Rr), ARG_OUT(Ri)) \
     M(36, CxLU, VOID, "LU factorisation of a complex square matrix with partial pivoting.", ARG_IN(ar), ARG_IN(ai), ARG_OUT(br), ARG_OUT(bi), ARG_OUT(p), ARG_OUT(Sign)) \
     M(37, CxMatrixNorm, VARIANT, "Norm of a complex matrix.", ARG_IN(ar), ARG_IN(ai), ARG_IN(NormType)) \
     M(38, CxPseudoInverse, VOID, "Moore-Penrose pseudo-inverse of a complex matrix.", ARG_IN(ar), ARG_IN(ai), ARG_OUT(br), ARG_OUT(bi)) \

@@ -1,0 +1,36 @@
+#!/usr/bin/env python3
+"""Rewrites the method table of README.md from frame/method_list.h and the
+handlers of frame/vn*_ctrl.cpp (a method whose handler is declared with
+VN_NOT_IMPLEMENTED answers E_NOTIMPL). The client tests check the result
+against what the module really answers."""
+import pathlib
+import re
+
+root = pathlib.Path(__file__).resolve().parent.parent
+methods = (root / "frame/method_list.h").read_text()
+controls = [("VNArray", "ARRAY", "vnarray"), ("VNComplex", "COMPLEX", "vncomplex"),
+            ("VNMatrix", "MATRIX", "vnmatrix"), ("VNStat", "STAT", "vnstat"), ("VNDSP", "DSP", "vndsp")]
+rows = ["| Control | DISPID | Method | Parameters (* = by reference) | Returns | Status |",
+        "|---|---|---|---|---|---|"]
+counts = {}
+for control, macro, source in controls:
+    block = methods.split(f"#define VN_{macro}_METHODS(M)")[1].split("#define")[0]
+    missing = set(re.findall(r"VN_NOT_IMPLEMENTED\((\w+)\)", (root / f"frame/{source}_ctrl.cpp").read_text()))
+    for m in re.finditer(r'M\((-?\d+), (\w+), (\w+), "[^"]*"((?:, ARG_\w+\(\w+\))*)\)', block):
+        dispid, name, ret, params = m.groups()
+        plist = []
+        for kind, pname in re.findall(r"ARG_(\w+)\((\w+)\)", params):
+            plist.append(("*" if kind == "OUT" else "") + pname + (" (optional)" if kind == "OPT" else ""))
+        status = "not yet implemented" if name in missing else "implemented"
+        counts.setdefault(control, [0, 0])[name in missing] += 1
+        returns = {"VARIANT": "Variant", "VOID": "-", "R8": "Double", "I4": "Long"}[ret]
+        rows.append(f"| {control} | {dispid} | {name} | {', '.join(plist)} | {returns} | {status} |")
+summary = ", ".join(f"{c}: {v[0]} of {v[0] + v[1]}" for c, v in counts.items())
+table = "\n".join(rows)
+readme = root / "README.md"
+text = readme.read_text()
+begin, end = "<!-- methods:begin -->", "<!-- methods:end -->"
+new = f"{begin}\nImplemented so far: {summary}.\n\n{table}\n{end}"
+text = re.sub(re.escape(begin) + ".*?" + re.escape(end), lambda _: new, text, flags=re.S)
+readme.write_text(text)
+print(summary)

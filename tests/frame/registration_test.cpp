@@ -1,0 +1,126 @@
+// Registration entry points, machine-wide and per user, called the way
+// regsvr32 calls them.
+#include "client.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using namespace vntest;
+
+namespace {
+
+using Entry = HRESULT(STDAPICALLTYPE*)();
+using Install = HRESULT(STDAPICALLTYPE*)(BOOL, LPCWSTR);
+
+const wchar_t* const kProgIds[] = {L"VNAnalysisControlsLib.VNArray.1", L"VNAnalysisControlsLib.VNComplex.1",
+                                   L"VNAnalysisControlsLib.VNMatrix.1", L"VNAnalysisControlsLib.VNStat.1",
+                                   L"VNAnalysisControlsLib.VNDSP.1", L"VNAnalysisControlsLib.VNArray",
+                                   L"VNAnalysisControlsLib.VNDSP"};
+
+bool KeyExists(HKEY root, const std::wstring& path) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+    RegCloseKey(key);
+    return true;
+}
+
+std::wstring ClsidKey(const wchar_t* progId) {
+    CLSID clsid;
+    if (FAILED(CLSIDFromProgID(progId, &clsid))) return L"";
+    wchar_t text[64];
+    StringFromGUID2(clsid, text, 64);
+    return std::wstring(L"CLSID\\") + text;
+}
+
+class Registration : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const char* path = std::getenv("VN_DLL");
+        module_ = LoadLibraryA(path ? path : "VNMATH.dll");
+        ASSERT_NE(module_, nullptr);
+        reg_ = reinterpret_cast<Entry>(GetProcAddress(module_, "DllRegisterServer"));
+        unreg_ = reinterpret_cast<Entry>(GetProcAddress(module_, "DllUnregisterServer"));
+        install_ = reinterpret_cast<Install>(GetProcAddress(module_, "DllInstall"));
+        ASSERT_TRUE(reg_ && unreg_ && install_);
+        clsidKey_ = ClsidKey(L"VNAnalysisControlsLib.VNMatrix.1");
+        ASSERT_FALSE(clsidKey_.empty()) << "the module must be registered before the tests";
+    }
+    void TearDown() override {
+        // Leave the machine registered, whatever happened.
+        if (reg_) reg_();
+        if (module_) FreeLibrary(module_);
+    }
+    HMODULE module_ = nullptr;
+    Entry reg_ = nullptr, unreg_ = nullptr;
+    Install install_ = nullptr;
+    std::wstring clsidKey_;
+};
+
+TEST_F(Registration, UnregisterRemovesAndRegisterRestores) {
+    ASSERT_EQ(unreg_(), S_OK);
+    CLSID clsid;
+    for (const wchar_t* progId : kProgIds) EXPECT_TRUE(FAILED(CLSIDFromProgID(progId, &clsid))) << Narrow(progId);
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, clsidKey_));
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, L"TypeLib\\{BDA6788C-854D-418A-976E-C18B4971C883}"));
+    EXPECT_EQ(unreg_(), S_OK) << "unregistering twice is harmless";
+
+    ASSERT_EQ(reg_(), S_OK);
+    for (const wchar_t* progId : kProgIds) {
+        SCOPED_TRACE(Narrow(progId));
+        Control control(progId);
+        EXPECT_TRUE(control.valid()) << std::hex << control.createResult();
+    }
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, clsidKey_ + L"\\Control"));
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, clsidKey_ + L"\\MiscStatus\\1"));
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, clsidKey_ + L"\\InprocServer32"));
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, L"TypeLib\\{BDA6788C-854D-418A-976E-C18B4971C883}\\1.1"));
+    // Invisible at run time.
+    wchar_t misc[32] = {};
+    LONG size = sizeof misc;
+    ASSERT_EQ(RegQueryValueW(HKEY_CLASSES_ROOT, (clsidKey_ + L"\\MiscStatus\\1").c_str(), misc, &size),
+              ERROR_SUCCESS);
+    EXPECT_TRUE(_wtol(misc) & OLEMISC_INVISIBLEATRUNTIME);
+}
+
+TEST_F(Registration, PerUserRegistrationWritesOnlyTheUsersClasses) {
+    const std::wstring userClasses = L"Software\\Classes\\";
+    ASSERT_EQ(install_(TRUE, L"user"), S_OK);
+    EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, userClasses + clsidKey_ + L"\\InprocServer32"));
+    EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, userClasses + L"VNAnalysisControlsLib.VNMatrix.1\\CLSID"));
+    EXPECT_TRUE(
+        KeyExists(HKEY_CURRENT_USER, userClasses + L"TypeLib\\{BDA6788C-854D-418A-976E-C18B4971C883}\\1.1"));
+    ASSERT_EQ(install_(FALSE, L"user"), S_OK);
+    EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, userClasses + clsidKey_));
+    EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, userClasses + L"VNAnalysisControlsLib.VNMatrix.1"));
+    // The machine-wide registration is untouched.
+    Control control(L"VNAnalysisControlsLib.VNMatrix.1");
+    EXPECT_TRUE(control.valid());
+}
+
+TEST_F(Registration, ClassObjectsAndUnloading) {
+    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    using CanUnload = HRESULT(STDAPICALLTYPE*)();
+    auto getClassObject = reinterpret_cast<GetClassObject>(GetProcAddress(module_, "DllGetClassObject"));
+    auto canUnload = reinterpret_cast<CanUnload>(GetProcAddress(module_, "DllCanUnloadNow"));
+    ASSERT_TRUE(getClassObject && canUnload);
+    CLSID clsid;
+    ASSERT_EQ(CLSIDFromProgID(L"VNAnalysisControlsLib.VNDSP.1", &clsid), S_OK);
+    IClassFactory* factory = nullptr;
+    ASSERT_EQ(getClassObject(clsid, IID_IClassFactory, reinterpret_cast<void**>(&factory)), S_OK);
+    EXPECT_EQ(canUnload(), S_FALSE);
+    IDispatch* object = nullptr;
+    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(&object)), S_OK);
+    IUnknown* outer = reinterpret_cast<IUnknown*>(object);
+    IUnknown* inner = nullptr;
+    EXPECT_EQ(factory->CreateInstance(outer, IID_IUnknown, reinterpret_cast<void**>(&inner)),
+              CLASS_E_NOAGGREGATION);
+    factory->Release();
+    EXPECT_EQ(canUnload(), S_FALSE);
+    object->Release();
+    EXPECT_EQ(canUnload(), S_OK);
+    EXPECT_EQ(getClassObject(IID_IDispatch, IID_IClassFactory, reinterpret_cast<void**>(&factory)),
+              CLASS_E_CLASSNOTAVAILABLE);
+}
+
+}  // namespace
