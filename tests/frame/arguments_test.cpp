@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <psapi.h>
+
 using namespace vntest;
 
 namespace {
@@ -168,6 +170,56 @@ TEST_F(Arguments, DispatchRules) {
 TEST_F(Arguments, NotYetBuiltMethodsAnswerNotImplemented) {
     Var x = DoubleArray({1, 2});
     EXPECT_EQ(array_.Call(L"ArrayDims", {x.get()}).hr, E_NOTIMPL);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(Arguments, NoArrayStaysLockedAfterAFailure) {
+    struct Row {
+        const char* name;
+        const wchar_t* method;
+        HRESULT code;
+    };
+    const Row rows[] = {
+        {"kernel failure after conversion", L"DivArray", static_cast<HRESULT>(0x800A4E5C)},
+        {"shape failure", L"AddArray", static_cast<HRESULT>(0x800A4E28)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Var x = TypedArray(VT_I2, {1, 2, 3});
+        Var y = row.code == static_cast<HRESULT>(0x800A4E28) ? DoubleMatrix(1, 3, {1, 1, 1}) : DoubleArray({1, 0, 1});
+        Var xref = RefTo(x);
+        EXPECT_EQ(array_.Call(row.method, {xref.get(), y.get()}).code, row.code);
+        // A locked array cannot be destroyed.
+        EXPECT_EQ(VariantClear(x.get()), S_OK);
+        EXPECT_EQ(VariantClear(y.get()), S_OK);
+    }
+}
+
+TEST_F(Arguments, RepeatedCallsDoNotGrowTheProcess) {
+    Var x = DoubleArray(std::vector<double>(20000, 1.5));
+    Var shorts = TypedArray(VT_I2, std::vector<double>(20000, 3));
+    Var zeros = DoubleArray(std::vector<double>(20000, 0.0));
+    auto round = [&] {
+        for (int i = 0; i < 200; ++i) {
+            Outcome sum = array_.Call(L"AddArray", {x.get(), shorts.get()});
+            ASSERT_TRUE(sum.ok());
+            Outcome fail = array_.Call(L"DivArray", {shorts.get(), zeros.get()});
+            ASSERT_EQ(fail.hr, DISP_E_EXCEPTION);
+        }
+    };
+    round();  // let the heap settle
+    PROCESS_MEMORY_COUNTERS before{}, after{};
+    GetProcessMemoryInfo(GetCurrentProcess(), &before, sizeof before);
+    round();
+    round();
+    GetProcessMemoryInfo(GetCurrentProcess(), &after, sizeof after);
+    // 400 calls each allocate a 160 KB result and a 160 KB conversion; a leak
+    // of either would add over 60 MB.
+    EXPECT_LT(static_cast<long long>(after.PagefileUsage) - static_cast<long long>(before.PagefileUsage),
+              8LL << 20);
 }
 
 }  // namespace

@@ -209,6 +209,18 @@ std::string Narrow(const std::wstring& s) {
     return std::string(s.begin(), s.end());
 }
 
+std::wstring RegisteredModulePath() {
+    CLSID clsid;
+    if (FAILED(CLSIDFromProgID(L"VNAnalysisControlsLib.VNArray.1", &clsid))) return L"";
+    wchar_t guid[64];
+    StringFromGUID2(clsid, guid, 64);
+    const std::wstring key = std::wstring(L"CLSID\\") + guid + L"\\InprocServer32";
+    wchar_t path[MAX_PATH] = {};
+    LONG size = sizeof path;
+    if (RegQueryValueW(HKEY_CLASSES_ROOT, key.c_str(), path, &size) != ERROR_SUCCESS) return L"";
+    return path;
+}
+
 namespace {
 
 // Every test process is an apartment-threaded host.

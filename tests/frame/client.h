@@ -86,4 +86,7 @@ private:
 
 std::string Narrow(const std::wstring& s);
 
+// Path of the module registered for the VNArray ProgID ("" when none).
+std::wstring RegisteredModulePath();
+
 }  // namespace vntest

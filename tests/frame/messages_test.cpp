@@ -1,6 +1,8 @@
 // Status codes to automation errors, against the module's own message table.
 #include "frame/errors.h"
 
+#include "client.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -13,8 +15,7 @@ namespace {
 class MessageTable : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        const char* path = std::getenv("VN_DLL");
-        module_ = LoadLibraryExA(path ? path : "VNMATH.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+        module_ = LoadLibraryExW(vntest::RegisteredModulePath().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
         vn::SetResourceModule(module_);
     }
     static HMODULE module_;
@@ -31,7 +32,7 @@ vn::AutomationError Raise(vn::AnalysisStatus status) {
 }
 
 TEST_F(MessageTable, StatusesBecomeCodesAndTexts) {
-    ASSERT_NE(module_, nullptr) << "set VN_DLL to the module's path";
+    ASSERT_NE(module_, nullptr) << "the module must be registered";
     struct Row {
         vn::AnalysisStatus status;
         HRESULT code;

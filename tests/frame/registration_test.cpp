@@ -18,6 +18,13 @@ const wchar_t* const kProgIds[] = {L"VNAnalysisControlsLib.VNArray.1", L"VNAnaly
                                    L"VNAnalysisControlsLib.VNDSP.1", L"VNAnalysisControlsLib.VNArray",
                                    L"VNAnalysisControlsLib.VNDSP"};
 
+// GetProcAddress returns a generic function pointer; go through void* to
+// the real signature.
+template <typename F>
+F Proc(HMODULE module, const char* name) {
+    return reinterpret_cast<F>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
 bool KeyExists(HKEY root, const std::wstring& path) {
     HKEY key = nullptr;
     if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
@@ -36,12 +43,11 @@ std::wstring ClsidKey(const wchar_t* progId) {
 class Registration : public ::testing::Test {
 protected:
     void SetUp() override {
-        const char* path = std::getenv("VN_DLL");
-        module_ = LoadLibraryA(path ? path : "VNMATH.dll");
+        module_ = LoadLibraryW(RegisteredModulePath().c_str());
         ASSERT_NE(module_, nullptr);
-        reg_ = reinterpret_cast<Entry>(GetProcAddress(module_, "DllRegisterServer"));
-        unreg_ = reinterpret_cast<Entry>(GetProcAddress(module_, "DllUnregisterServer"));
-        install_ = reinterpret_cast<Install>(GetProcAddress(module_, "DllInstall"));
+        reg_ = Proc<Entry>(module_, "DllRegisterServer");
+        unreg_ = Proc<Entry>(module_, "DllUnregisterServer");
+        install_ = Proc<Install>(module_, "DllInstall");
         ASSERT_TRUE(reg_ && unreg_ && install_);
         clsidKey_ = ClsidKey(L"VNAnalysisControlsLib.VNMatrix.1");
         ASSERT_FALSE(clsidKey_.empty()) << "the module must be registered before the tests";
@@ -101,8 +107,8 @@ TEST_F(Registration, PerUserRegistrationWritesOnlyTheUsersClasses) {
 TEST_F(Registration, ClassObjectsAndUnloading) {
     using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
     using CanUnload = HRESULT(STDAPICALLTYPE*)();
-    auto getClassObject = reinterpret_cast<GetClassObject>(GetProcAddress(module_, "DllGetClassObject"));
-    auto canUnload = reinterpret_cast<CanUnload>(GetProcAddress(module_, "DllCanUnloadNow"));
+    auto getClassObject = Proc<GetClassObject>(module_, "DllGetClassObject");
+    auto canUnload = Proc<CanUnload>(module_, "DllCanUnloadNow");
     ASSERT_TRUE(getClassObject && canUnload);
     CLSID clsid;
     ASSERT_EQ(CLSIDFromProgID(L"VNAnalysisControlsLib.VNDSP.1", &clsid), S_OK);

@@ -241,8 +241,8 @@ TEST(TypeLibrary, RegisteredLibraryAndClassInfo) {
 // Reads "| Control | Method | ... | status |" rows from the README.
 std::map<std::wstring, std::set<std::wstring>> ReadmeNotImplemented(bool* found) {
     std::map<std::wstring, std::set<std::wstring>> result;
-    const char* path = std::getenv("VN_README");
-    std::ifstream in(path ? path : "README.md");
+    const char* source = std::getenv("VN_SOURCE_DIR");
+    std::ifstream in(source ? std::string(source) + "/README.md" : std::string("README.md"));
     *found = in.good();
     std::string line;
     while (std::getline(in, line)) {
@@ -268,7 +268,7 @@ std::map<std::wstring, std::set<std::wstring>> ReadmeNotImplemented(bool* found)
 TEST(TypeLibrary, ReadmeMethodTableMatchesWhatAnswersNotImplemented) {
     bool found = false;
     const auto readme = ReadmeNotImplemented(&found);
-    ASSERT_TRUE(found) << "set VN_README to the README's path";
+    ASSERT_TRUE(found) << "set VN_SOURCE_DIR to the source folder";
     for (const auto& spec : Controls()) {
         Control control(spec.progId);
         ASSERT_TRUE(control.valid());

@@ -109,7 +109,9 @@ TEST(ArrayOps, ClipOrderAndNaN) {
     for (const Row& row : rows) {
         Vec z(x.size());
         ASSERT_EQ(ClipValues(x.data(), 5, row.upper, row.lower, z.data()), row.status);
-        if (row.status == kOk) EXPECT_EQ(z, row.expected);
+        if (row.status == kOk) {
+            EXPECT_EQ(z, row.expected);
+        }
     }
 }
 
@@ -229,7 +231,9 @@ TEST(ArrayOps, ShiftFillsWithZeros) {
     for (const Row& row : rows) {
         Vec z(4, -9);
         ASSERT_EQ(ShiftValues(x.data(), 4, row.s, z.data()), row.status) << row.s;
-        if (row.status == kOk) EXPECT_EQ(z, row.expected) << row.s;
+        if (row.status == kOk) {
+            EXPECT_EQ(z, row.expected) << row.s;
+        }
     }
 }
 
@@ -284,7 +288,9 @@ TEST(ArrayOps, SubsetBounds) {
         Vec z(5, -1);
         ASSERT_EQ(SubsetValues(x.data(), 5, row.index, row.length, z.data()), row.status)
             << row.index << "," << row.length;
-        if (row.status == kOk) EXPECT_EQ(Vec(z.begin(), z.begin() + row.length), row.expected);
+        if (row.status == kOk) {
+            EXPECT_EQ(Vec(z.begin(), z.begin() + row.length), row.expected);
+        }
     }
 }
 
