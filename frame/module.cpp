@@ -232,7 +232,6 @@ HRESULT RegisterAll(bool perUser) {
         ok(reg.Set(ProgId(c, false) + L"\\CurVer", nullptr, ProgId(c, true)));
 
         const std::wstring name = std::wstring(L"_DVN") + (c.name + 2);
-        const IID* iids[2] = {table.dispatchIid, nullptr};
         ITypeLib* library = nullptr;
         // The event interface's IID comes from the type library.
         if (SUCCEEDED(GetModuleTypeLib(&library))) {
@@ -256,7 +255,7 @@ HRESULT RegisterAll(bool perUser) {
             }
             library->Release();
         }
-        const std::wstring ifaceKey = L"Interface\\" + GuidText(*iids[0]);
+        const std::wstring ifaceKey = L"Interface\\" + GuidText(*table.dispatchIid);
         ok(reg.Set(ifaceKey, nullptr, name));
         ok(reg.Set(ifaceKey + L"\\ProxyStubClsid", nullptr, kPSDispatch));
         ok(reg.Set(ifaceKey + L"\\ProxyStubClsid32", nullptr, kPSDispatch));

@@ -37,10 +37,12 @@ if vn_have_wine32; then
   bash "$VN_ROOT/scripts/side-by-side.sh" || failed=$((failed + 1))
   total=$((total + 1))
 else
-  vn_log "SKIPPED: the x86 VNMATH.dll was built but NOT tested: 32-bit Wine (wine32:i386) is not installed on this machine."
+  skipped_x86="NOT TESTED: the x86 VNMATH.dll was built, but 32-bit Wine (wine32:i386) is not installed on this machine, so its tests and the side-by-side registration test did not run."
+  vn_log "SKIPPED: $skipped_x86"
 fi
 vn_wine_down
 
 vn_log "Summary"
+[ -n "${skipped_x86:-}" ] && echo "$skipped_x86"
 echo "$((total - failed)) passed, $failed failed"
 [ "$failed" -eq 0 ]
