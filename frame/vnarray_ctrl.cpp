@@ -54,6 +54,62 @@ void Unary1DMethod(Call& c, UnaryKernel kernel) {
     ReturnArray(c, z);
 }
 
+
+using TwoScalarKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, double*);
+using TwoOutputKernel = AnalysisStatus (*)(const double*, std::int32_t, double*, double*, double*);
+using ReductionKernel = AnalysisStatus (*)(const double*, std::int32_t, double*);
+using IntegerParameterKernel = AnalysisStatus (*)(const double*, std::int32_t, std::int32_t, double*);
+
+// Element-wise with two scalar parameters (in parameters 1 and 2).
+void TwoScalarMethod(Call& c, TwoScalarKernel kernel) {
+    ArgArray x(c.In(0));
+    x.RequireMoreDims(0);
+    const std::int32_t n = x.Count();
+    ArgArray z;
+    z.CreateResultFor(x, n);
+    ArgScalar first(c.In(1)), second(c.In(2));
+    const double p1 = first.Double(), p2 = second.Double();
+    ThrowAnalysisStatus(kernel(x.AsDouble(), n, p1, p2, z.AsDouble()));
+    ReturnArray(c, z);
+}
+
+// A transformed copy plus two statistics written to parameters 1 and 2.
+void TwoOutputMethod(Call& c, TwoOutputKernel kernel) {
+    ArgArray x(c.In(0));
+    x.RequireMoreDims(0);
+    const std::int32_t n = x.Count();
+    ArgArray z;
+    z.CreateResultFor(x, n);
+    double first = 0.0, second = 0.0;
+    ThrowAnalysisStatus(kernel(x.AsDouble(), n, z.AsDouble(), &first, &second));
+    c.SetOutDouble(1, first);
+    c.SetOutDouble(2, second);
+    ReturnArray(c, z);
+}
+
+// One-dimensional input with an integer parameter.
+void IntegerParameter1DMethod(Call& c, IntegerParameterKernel kernel) {
+    ArgArray x(c.In(0));
+    x.RequireDims(1);
+    const std::int32_t n = x.Count();
+    ArgArray z;
+    z.Create1D(n);
+    ArgScalar parameter(c.In(1));
+    ThrowAnalysisStatus(kernel(x.AsDouble(), n, parameter.Int(), z.AsDouble()));
+    ReturnArray(c, z);
+}
+
+// The whole array, of any dimension count, reduced to one double.
+// MaxArray and MinArray also refuse an empty array here (-20008).
+void ReductionMethod(Call& c, ReductionKernel kernel, bool requireElements) {
+    ArgArray x(c.In(0));
+    x.RequireMoreDims(0);
+    if (requireElements) x.RequireMoreElements(0);
+    double value = 0.0;
+    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), &value));
+    c.SetResultDouble(value);
+}
+
 }  // namespace
 
 void AddArray(Call& c) { BinaryMethod(c, AddArrays); }
@@ -65,16 +121,12 @@ void NegArray(Call& c) { UnaryMethod(c, NegArrayValues); }
 void CopyArray(Call& c) { UnaryMethod(c, CopyValues); }
 void Reverse1D(Call& c) { Unary1DMethod(c, ReverseValues); }
 
-void LinEvArray(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireMoreDims(0);
-    const std::int32_t n = x.Count();
-    ArgArray z;
-    z.CreateResultFor(x, n);
-    ArgScalar a(c.In(1)), b(c.In(2));
-    ThrowAnalysisStatus(LinearEvaluate(x.AsDouble(), n, a.Double(), b.Double(), z.AsDouble()));
-    ReturnArray(c, z);
-}
+void LinEvArray(Call& c) { TwoScalarMethod(c, LinearEvaluate); }
+void ClipArray(Call& c) { TwoScalarMethod(c, ClipValues); }
+void ScaleArray(Call& c) { TwoOutputMethod(c, ScaleToUnit); }
+void NormalizeArray(Call& c) { TwoOutputMethod(c, NormalizeValues); }
+void Shift1D(Call& c) { IntegerParameter1DMethod(c, ShiftValues); }
+void Sort1D(Call& c) { IntegerParameter1DMethod(c, SortValues); }
 
 void PolyEvArray(Call& c) {
     ArgArray x(c.In(0));
@@ -88,19 +140,6 @@ void PolyEvArray(Call& c) {
     ReturnArray(c, z);
 }
 
-void ScaleArray(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireMoreDims(0);
-    const std::int32_t n = x.Count();
-    ArgArray z;
-    z.CreateResultFor(x, n);
-    double offset = 0.0, scale = 0.0;
-    ThrowAnalysisStatus(ScaleToUnit(x.AsDouble(), n, z.AsDouble(), &offset, &scale));
-    c.SetOutDouble(1, offset);
-    c.SetOutDouble(2, scale);
-    ReturnArray(c, z);
-}
-
 void QScaleArray(Call& c) {
     ArgArray x(c.In(0));
     x.RequireMoreDims(0);
@@ -110,52 +149,6 @@ void QScaleArray(Call& c) {
     double scale = 0.0;
     ThrowAnalysisStatus(QuickScale(x.AsDouble(), n, z.AsDouble(), &scale));
     c.SetOutDouble(1, scale);
-    ReturnArray(c, z);
-}
-
-void ClipArray(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireMoreDims(0);
-    const std::int32_t n = x.Count();
-    ArgArray z;
-    z.CreateResultFor(x, n);
-    ArgScalar upper(c.In(1)), lower(c.In(2));
-    ThrowAnalysisStatus(ClipValues(x.AsDouble(), n, upper.Double(), lower.Double(), z.AsDouble()));
-    ReturnArray(c, z);
-}
-
-void NormalizeArray(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireMoreDims(0);
-    const std::int32_t n = x.Count();
-    ArgArray z;
-    z.CreateResultFor(x, n);
-    double mean = 0.0, sdev = 0.0;
-    ThrowAnalysisStatus(NormalizeValues(x.AsDouble(), n, z.AsDouble(), &mean, &sdev));
-    c.SetOutDouble(1, mean);
-    c.SetOutDouble(2, sdev);
-    ReturnArray(c, z);
-}
-
-void Shift1D(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireDims(1);
-    const std::int32_t n = x.Count();
-    ArgArray z;
-    z.Create1D(n);
-    ArgScalar shifts(c.In(1));
-    ThrowAnalysisStatus(ShiftValues(x.AsDouble(), n, shifts.Int(), z.AsDouble()));
-    ReturnArray(c, z);
-}
-
-void Sort1D(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireDims(1);
-    const std::int32_t n = x.Count();
-    ArgArray z;
-    z.Create1D(n);
-    ArgScalar direction(c.In(1));
-    ThrowAnalysisStatus(SortValues(x.AsDouble(), n, direction.Int(), z.AsDouble()));
     ReturnArray(c, z);
 }
 
@@ -183,21 +176,10 @@ void Transpose2D(Call& c) {
     ReturnArray(c, z);
 }
 
-void SumArray(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireMoreDims(0);
-    double sum = 0.0;
-    ThrowAnalysisStatus(SumValues(x.AsDouble(), x.Count(), &sum));
-    c.SetResultDouble(sum);
-}
-
-void ProdArray(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireMoreDims(0);
-    double prod = 0.0;
-    ThrowAnalysisStatus(ProductValues(x.AsDouble(), x.Count(), &prod));
-    c.SetResultDouble(prod);
-}
+void SumArray(Call& c) { ReductionMethod(c, SumValues, false); }
+void ProdArray(Call& c) { ReductionMethod(c, ProductValues, false); }
+void MaxArray(Call& c) { ReductionMethod(c, LargestValue, true); }
+void MinArray(Call& c) { ReductionMethod(c, SmallestValue, true); }
 
 void ClearArray(Call& c) {
     ArgArray x;
@@ -217,24 +199,6 @@ void SetArray(Call& c) {
     const double value = a.Double();
     ThrowAnalysisStatus(SetValues(x.AsDouble(), x.Count(), value));
     x.CommitToTarget();
-}
-
-void MaxArray(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireMoreDims(0);
-    x.RequireMoreElements(0);
-    double value = 0.0;
-    ThrowAnalysisStatus(LargestValue(x.AsDouble(), x.Count(), &value));
-    c.SetResultDouble(value);
-}
-
-void MinArray(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireMoreDims(0);
-    x.RequireMoreElements(0);
-    double value = 0.0;
-    ThrowAnalysisStatus(SmallestValue(x.AsDouble(), x.Count(), &value));
-    c.SetResultDouble(value);
 }
 
 void MaxMin1D(Call& c) {
