@@ -5,17 +5,30 @@ VN_NOT_IMPLEMENTED answers E_NOTIMPL). The client tests check the result
 against what the module really answers."""
 import pathlib
 import re
+import subprocess
+import sys
 
 root = pathlib.Path(__file__).resolve().parent.parent
-methods = (root / "frame/method_list.h").read_text()
+# --rev REV reads the sources as committed in REV instead of the work tree.
+rev = sys.argv[sys.argv.index("--rev") + 1] if "--rev" in sys.argv else None
+
+
+def source(path):
+    if rev is None:
+        return (root / path).read_text()
+    return subprocess.run(["git", "-C", str(root), "show", f"{rev}:{path}"], check=True, capture_output=True,
+                          text=True).stdout
+
+
+methods = source("frame/method_list.h")
 controls = [("VNArray", "ARRAY", "vnarray"), ("VNComplex", "COMPLEX", "vncomplex"),
             ("VNMatrix", "MATRIX", "vnmatrix"), ("VNStat", "STAT", "vnstat"), ("VNDSP", "DSP", "vndsp")]
 rows = ["| Control | DISPID | Method | Parameters (* = by reference) | Returns | Status |",
         "|---|---|---|---|---|---|"]
 counts = {}
-for control, macro, source in controls:
+for control, macro, file in controls:
     block = methods.split(f"#define VN_{macro}_METHODS(M)")[1].split("#define")[0]
-    missing = set(re.findall(r"VN_NOT_IMPLEMENTED\((\w+)\)", (root / f"frame/{source}_ctrl.cpp").read_text()))
+    missing = set(re.findall(r"VN_NOT_IMPLEMENTED\((\w+)\)", source(f"frame/{file}_ctrl.cpp")))
     for m in re.finditer(r'M\((-?\d+), (\w+), (\w+), "[^"]*"((?:, ARG_\w+\(\w+\))*)\)', block):
         dispid, name, ret, params = m.groups()
         plist = []
