@@ -55,7 +55,7 @@ AnalysisStatus LUDecompose(double* a, std::int32_t n, std::int32_t* p, std::int3
 
 // Solves L*w = P*y for the factors of LUDecompose (unit diagonal; the
 // diagonal of lu is not read), applying the interchanges on the fly.
-// x may be y. Every p[i] must lie in [0, n); the routine does not check.
+// x may be y. An entry of p outside [0, n) gives -20017 before x is written.
 AnalysisStatus ForwSub(const double* lu, const double* y, std::int32_t n, const std::int32_t* p,
                        double* x);
 // Solves U*x = y reading the upper triangle of u. An exactly zero or NaN

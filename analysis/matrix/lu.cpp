@@ -173,6 +173,10 @@ AnalysisStatus LUDecompose(double* a, std::int32_t n, std::int32_t* p, std::int3
 AnalysisStatus ForwSub(const double* lu, const double* y, std::int32_t n, const std::int32_t* p,
                        double* x) {
     if (n < 1) return kErrSamplesBelowOne;
+    // p may come from a caller rather than from LUDecompose: an entry outside
+    // the vector would be read and written through.
+    for (Index i = 0; i < n; ++i)
+        if (p[i] < 0 || p[i] >= n) return kErrIndexRange;
     CopyDoubles(y, static_cast<std::uint64_t>(n), x);
     for (Index i = 0; i < n; ++i) {
         const Index pi = p[i];
