@@ -1,5 +1,5 @@
-// VNStat: descriptive statistics, distributions and interpolation; the
-// fitting and analysis-of-variance methods are not built yet.
+// VNStat: descriptive statistics, distributions, interpolation, curve
+// fitting and analysis of variance.
 //
 // The handlers share their names with the kernels they call, so every kernel
 // is named with its namespace (vn::Mean) to get past the handler of the same
@@ -9,9 +9,13 @@
 #include "VNMATH_h.h"
 #include "analysis/stat/descriptive.h"
 #include "analysis/stat/distributions.h"
+#include "analysis/stat/anova.h"
+#include "analysis/stat/fit.h"
 #include "analysis/stat/interpolation.h"
 #include "frame/errors.h"
 #include "frame/method_frame.h"
+
+#include <algorithm>
 
 #include "frame/control_table.h"
 
@@ -241,15 +245,201 @@ void SpInterp(Call& c) {
 
 void AboutBox(Call& c) { ShowAboutBox(c); }
 
-// Fitting and analysis of variance: not built yet.
-VN_NOT_IMPLEMENTED(LinFit)
-VN_NOT_IMPLEMENTED(ExpFit)
-VN_NOT_IMPLEMENTED(PolyFit)
-VN_NOT_IMPLEMENTED(GenLSFit)
-VN_NOT_IMPLEMENTED(ContingencyTable)
-VN_NOT_IMPLEMENTED(ANOVA1Way)
-VN_NOT_IMPLEMENTED(ANOVA2Way)
-VN_NOT_IMPLEMENTED(ANOVA3Way)
+// Curve fitting. x and y are one-dimensional; like the element-wise methods
+// the fits use the shorter of the two lengths.
+
+void LinFit(Call& c) {
+    ArgArray x(c.In(0));
+    x.RequireDims(1);
+    ArgArray y(c.In(1));
+    y.RequireDims(1);
+    const std::int32_t n = CommonLength({&x, &y});
+    ArgArray z;
+    z.Create1D(n);
+    double slope = 0.0, intercept = 0.0, mse = 0.0;
+    ThrowAnalysisStatus(vn::LinearFit(x.AsDouble(), y.AsDouble(), n, z.AsDouble(), &slope, &intercept, &mse));
+    OutputArray(c, 2, z);
+    c.SetOutDouble(3, slope);
+    c.SetOutDouble(4, intercept);
+    c.SetOutDouble(5, mse);
+}
+
+void ExpFit(Call& c) {
+    ArgArray x(c.In(0));
+    x.RequireDims(1);
+    ArgArray y(c.In(1));
+    y.RequireDims(1);
+    const std::int32_t n = CommonLength({&x, &y});
+    // The kernel flips the sign of all-negative data in place while it works.
+    // A double array from the host is used in place, so it gets a copy of
+    // its own: the host's array is then not touched even for the length of
+    // the call (another thread of the host, or an exception, never sees it
+    // negated).
+    ArgArray work;
+    work.Create1D(n);
+    const double* from = y.AsDouble();
+    std::copy(from, from + n, work.AsDouble());
+    ArgArray z;
+    z.Create1D(n);
+    double a = 0.0, b = 0.0, mse = 0.0;
+    ThrowAnalysisStatus(vn::ExponentialFit(x.AsDouble(), work.AsDouble(), n, z.AsDouble(), &a, &b, &mse));
+    OutputArray(c, 2, z);
+    c.SetOutDouble(3, a);
+    c.SetOutDouble(4, b);
+    c.SetOutDouble(5, mse);
+}
+
+void PolyFit(Call& c) {
+    ArgArray x(c.In(0));
+    x.RequireDims(1);
+    ArgArray y(c.In(1));
+    y.RequireDims(1);
+    ArgScalar orderArg(c.In(2));
+    const std::int32_t order = orderArg.Int();
+    const std::int32_t n = CommonLength({&x, &y});
+    ArgArray z, coef;
+    z.Create1D(n);
+    // Orders the kernel refuses get an empty array (never written), so that
+    // a huge order reports its status rather than running out of memory.
+    coef.Create1D(order >= 0 && order < n ? order + 1 : 0);
+    double mse = 0.0;
+    ThrowAnalysisStatus(vn::PolynomialFit(x.AsDouble(), y.AsDouble(), n, order, z.AsDouble(), coef.AsDouble(), &mse));
+    OutputArray(c, 3, z);
+    OutputArray(c, 4, coef);
+    c.SetOutDouble(5, mse);
+}
+
+// H is n-by-k (rows = dimension 1); y has n values; StdDev is optional
+// (omitted, Empty or an empty array: unit weights), otherwise n values.
+void GenLSFit(Call& c) {
+    ArgArray h(c.In(0));
+    h.RequireDims(2);
+    const std::int32_t n = h.Size(0), k = h.Size(1);
+    ArgArray y(c.In(1));
+    y.RequireDims(1);
+    y.RequireElements(n);
+    ArgArray sd;
+    bool weighted = false;
+    if (!c.IsMissing(2)) {
+        sd.AttachByValue(c.In(2));
+        sd.Lock();
+        if (sd.Count() > 0) {
+            sd.RequireDims(1);
+            sd.RequireElements(n);
+            weighted = true;
+        }
+    }
+    ArgScalar algorithmArg(c.In(3));
+    const std::int32_t algorithm = algorithmArg.Int();
+    ArgArray z, b, covar;
+    z.Create1D(n);
+    // Parameter counts the kernel refuses get empty results, never written.
+    const std::int32_t kept = (k >= 1 && k <= n && k <= kMaxFitParameters) ? k : 0;
+    b.Create1D(kept);
+    covar.Create2D(kept, kept);
+    double mse = 0.0;
+    ThrowAnalysisStatus(GeneralLeastSquares(h.AsDouble(), n, k, y.AsDouble(), weighted ? sd.AsDouble() : nullptr,
+                                            algorithm, z.AsDouble(), b.AsDouble(), covar.AsDouble(), &mse));
+    OutputArray(c, 4, z);
+    OutputArray(c, 5, b);
+    OutputArray(c, 6, covar);
+    c.SetOutDouble(7, mse);
+}
+
+// Analysis of variance and contingency tables. Level arrays hold 0-based
+// group numbers, one per observation, read as 32-bit integers.
+
+void ContingencyTable(Call& c) {
+    ArgArray y(c.In(0));
+    y.RequireDims(2);
+    const std::int32_t rows = y.Size(0), cols = y.Size(1);
+    double stat = 0.0, sig = 0.0;
+    ThrowAnalysisStatus(ContingencyTest(rows, cols, y.AsInt32(), &stat, &sig));
+    c.SetOutDouble(1, stat);
+    c.SetOutDouble(2, sig);
+}
+
+void ANOVA1Way(Call& c) {
+    ArgArray y(c.In(0));
+    y.RequireDims(1);
+    const std::int32_t n = y.Count();
+    ArgArray level(c.In(1));
+    level.RequireDims(1);
+    level.RequireElements(n);
+    ArgScalar kArg(c.In(2));
+    const std::int32_t k = kArg.Int();
+    double ssa = 0.0, msa = 0.0, f = 0.0, sig = 0.0, sse = 0.0, mse = 0.0, tss = 0.0;
+    ThrowAnalysisStatus(OneWayAnova(y.AsDouble(), level.AsInt32(), n, k, &ssa, &msa, &f, &sig, &sse, &mse, &tss));
+    c.SetOutDouble(3, ssa);
+    c.SetOutDouble(4, msa);
+    c.SetOutDouble(5, f);
+    c.SetOutDouble(6, sig);
+    c.SetOutDouble(7, sse);
+    c.SetOutDouble(8, mse);
+    c.SetOutDouble(9, tss);
+}
+
+namespace {
+
+// Per-source arrays (ss, ms, f, Sig) at parameters first .. first+3, then the
+// scalars sse, mse and tss.
+struct AnovaResults {
+    ArgArray ss, ms, f, sig;
+    double sse = 0.0, mse = 0.0, tss = 0.0;
+    explicit AnovaResults(std::int32_t sources) {
+        ss.Create1D(sources);
+        ms.Create1D(sources);
+        f.Create1D(sources);
+        sig.Create1D(sources);
+    }
+    void Output(Call& c, int first) {
+        OutputArray(c, first, ss);
+        OutputArray(c, first + 1, ms);
+        OutputArray(c, first + 2, f);
+        OutputArray(c, first + 3, sig);
+        c.SetOutDouble(first + 4, sse);
+        c.SetOutDouble(first + 5, mse);
+        c.SetOutDouble(first + 6, tss);
+    }
+};
+
+}  // namespace
+
+void ANOVA2Way(Call& c) {
+    ArgArray y(c.In(0));
+    y.RequireDims(1);
+    const std::int32_t n = y.Count();
+    ArgArray levelA(c.In(1)), levelB(c.In(2));
+    for (ArgArray* level : {&levelA, &levelB}) {
+        level->RequireDims(1);
+        level->RequireElements(n);
+    }
+    ArgScalar aArg(c.In(3)), bArg(c.In(4)), randomArg(c.In(5));
+    const std::int32_t a = aArg.Int(), b = bArg.Int(), random = randomArg.Int();
+    AnovaResults r(3);
+    ThrowAnalysisStatus(TwoWayAnova(y.AsDouble(), levelA.AsInt32(), levelB.AsInt32(), n, a, b, random,
+                                    r.ss.AsDouble(), r.ms.AsDouble(), r.f.AsDouble(), r.sig.AsDouble(), &r.sse,
+                                    &r.mse, &r.tss));
+    r.Output(c, 6);
+}
+
+void ANOVA3Way(Call& c) {
+    ArgArray y(c.In(0));
+    y.RequireDims(1);
+    const std::int32_t n = y.Count();
+    ArgArray levelA(c.In(1)), levelB(c.In(2)), levelC(c.In(3));
+    for (ArgArray* level : {&levelA, &levelB, &levelC}) {
+        level->RequireDims(1);
+        level->RequireElements(n);
+    }
+    ArgScalar aArg(c.In(4)), bArg(c.In(5)), cArg(c.In(6)), randomArg(c.In(7));
+    const std::int32_t a = aArg.Int(), b = bArg.Int(), levelsC = cArg.Int(), random = randomArg.Int();
+    AnovaResults r(7);
+    ThrowAnalysisStatus(ThreeWayAnova(y.AsDouble(), levelA.AsInt32(), levelB.AsInt32(), levelC.AsInt32(), n, a, b,
+                                      levelsC, random, r.ss.AsDouble(), r.ms.AsDouble(), r.f.AsDouble(),
+                                      r.sig.AsDouble(), &r.sse, &r.mse, &r.tss));
+    r.Output(c, 8);
+}
 
 }  // namespace stat_handlers
 

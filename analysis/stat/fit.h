@@ -1,0 +1,76 @@
+// Least-squares curve fitting: straight line, exponential, polynomial and the
+// general linear model y ~ H*b.
+//
+// Every routine writes the fitted values z (n doubles), its parameters and the
+// mean squared error mse = sum((z[i] - y[i])^2) / n of the fit against the
+// data as given (unweighted, also when standard deviations weight the fit).
+#pragma once
+
+#include "analysis/status.h"
+
+#include <cstdint>
+
+namespace vn {
+
+// Largest number of columns (parameters) GeneralLeastSquares accepts.
+constexpr std::int32_t kMaxFitParameters = 90;
+
+// Factorisations of GeneralLeastSquares. Codes 0-3 scale row i of H and y by
+// 1/stdDev[i] and factor that copy A (n-by-k); codes 4 and 5 form the normal
+// equations H^T W H b = H^T W y with W = diag(1/stdDev[i]^2). All six give the
+// same b to rounding when H has full column rank and is well conditioned;
+// they differ in cost, in how much of the condition number they square, and
+// in what they do with a rank-deficient H.
+enum : std::int32_t {
+    // Thin SVD A = U S V^T; b = V S^+ U^T y, dropping singular values at or
+    // below max(n, k) * s[0] * 2^-52. Rank-deficient A gives the minimum-norm
+    // solution and the warning kWarnRankDeficient; covar = V (S^+)^2 V^T.
+    kFitSvd = 0,
+    // Householder QR A = Q R; R b = Q^T y. covar = R^-1 R^-T.
+    kFitHouseholder = 1,
+    // QR by Givens rotations applied row by row to A and y; then as code 1.
+    kFitGivens = 2,
+    // Cholesky factor of A^T A (packed); covar from the same factor.
+    kFitCholesky = 3,
+    // LU solution of the normal equations; covar = (H^T W H)^-1 by InvMatrix.
+    kFitNormalLU = 4,
+    // b = (H^T W H)^-1 H^T W y with the explicit inverse from InvMatrix, which
+    // is also covar.
+    kFitNormalInverse = 5,
+};
+
+// Straight line z = slope*x + intercept from the closed-form sums.
+// n < 2: -20006. All x equal makes the denominator zero: slope and intercept
+// are then non-finite and the status is still 0.
+AnalysisStatus LinearFit(const double* x, const double* y, std::int32_t n, double* z, double* slope,
+                         double* intercept, double* mse);
+
+// y = a*exp(b*x) by a straight-line fit of ln|y| against x (not a nonlinear
+// least-squares fit of y). a and b are set to 0 first. n < 2: -20006. The y
+// values must be nonzero and of one sign (-20036). When y[0] < 0 the routine
+// negates y in place for the duration of the call and restores it on every
+// return path, so y must not be read by anyone else meanwhile.
+AnalysisStatus ExponentialFit(const double* x, double* y, std::int32_t n, double* z, double* a, double* b,
+                              double* mse);
+
+// Polynomial z = sum coef[j] * x^j, j = 0 .. order, through
+// GeneralLeastSquares with code kFitSvd and unit weights (so its warning for a
+// rank-deficient design, e.g. repeated x, passes through). Checks: n < 1
+// (-20003), order < 0 (-20103), n <= order (-20037); scratch n*(order+1).
+AnalysisStatus PolynomialFit(const double* x, const double* y, std::int32_t n, std::int32_t order, double* z,
+                             double* coef, double* mse);
+
+// Weighted linear least squares: b (k values) minimising
+// sum(((y[i] - (H b)[i]) / stdDev[i])^2) for the n-by-k row-major H; z = H b;
+// covar (k-by-k, may be null) the covariance of b, (H^T W H)^-1.
+// stdDev may be null (unit weights). Checks, in order: n < 1 (-20003),
+// k > n (-20037), k < 1 or k > 90 (-20021), algorithm outside 0..5 (-20061),
+// scratch (-20001), a standard deviation that is not positive (-20035).
+// A singular system is -20041 for codes 1-5 (code 0 answers it with the
+// minimum-norm solution and +20001). Outputs are written only on success
+// (a status >= 0).
+AnalysisStatus GeneralLeastSquares(const double* h, std::int32_t n, std::int32_t k, const double* y,
+                                   const double* stdDev, std::int32_t algorithm, double* z, double* b,
+                                   double* covar, double* mse);
+
+}  // namespace vn
