@@ -1,7 +1,15 @@
-// VNDSP: methods are wired to their kernels as they are built.
+// VNDSP: signal generators, transforms, windows, spectra and filters.
+//
+// Transforms work in place, so every transform handler copies its inputs
+// into freshly created outputs and lets the kernel overwrite the copies; the
+// host's arrays are never touched. Generators create their result first and
+// let the kernel judge every count and parameter.
 #include "frame/controls.h"
 
 #include "VNMATH_h.h"
+#include "analysis/array/array_ops.h"
+#include "analysis/dsp/fft.h"
+#include "analysis/dsp/generators.h"
 #include "frame/errors.h"
 #include "frame/method_frame.h"
 
@@ -12,29 +20,254 @@ namespace dsp_handlers {
 
 void AboutBox(Call& c) { ShowAboutBox(c); }
 
+namespace {
+
+// --- Transforms ------------------------------------------------------------
+
+using ComplexKernel = AnalysisStatus (*)(double*, double*, std::int32_t);
+using InPlaceKernel = AnalysisStatus (*)(double*, std::int32_t);
+
+// The first array argument: one-dimensional (-20003 with no dimension,
+// -20008 with two or more). Its element count is not checked here: an empty
+// vector reaches the copy, which refuses it with -20003.
+void RequireSignal(const ArgArray& x) { x.RequireDims(1); }
+
+// The imaginary parts must match the real parts exactly (-20008): the
+// frame's same-shape check alone lets vectors of different lengths through.
+void RequirePartner(const ArgArray& xi, const ArgArray& xr) {
+    xi.RequireSameShape(xr);
+    xi.RequireSize(0, xr.Size(0));
+}
+
+// A result of n doubles holding a copy of x, for a kernel to overwrite.
+void CreateCopy(ArgArray& y, ArgArray& x, std::int32_t n) {
+    y.Create1D(n);
+    ThrowAnalysisStatus(CopyValues(x.AsDouble(), n, y.AsDouble()));
+}
+
+// (xr, xi) in, (yr, yi) out at parameters 2 and 3.
+void ComplexTransformMethod(Call& c, ComplexKernel kernel) {
+    ArgArray xr(c.In(0));
+    RequireSignal(xr);
+    ArgArray xi(c.In(1));
+    RequirePartner(xi, xr);
+    const std::int32_t n = xr.Count();
+    ArgArray yr, yi;
+    CreateCopy(yr, xr, n);
+    CreateCopy(yi, xi, n);
+    ThrowAnalysisStatus(kernel(yr.AsDouble(), yi.AsDouble(), n));
+    OutputArray(c, 2, yr);
+    OutputArray(c, 3, yi);
+}
+
+// One real sequence in, its transform of the same length returned.
+void RealTransformMethod(Call& c, InPlaceKernel kernel) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    const std::int32_t n = x.Count();
+    ArgArray y;
+    CreateCopy(y, x, n);
+    ThrowAnalysisStatus(kernel(y.AsDouble(), n));
+    ReturnArray(c, y);
+}
+
+// --- Generators ------------------------------------------------------------
+
+// The result of a generator. A count below 1 gets an empty array, never an
+// allocation of a negative size; the kernel then reports the count.
+void CreateSamples(ArgArray& x, std::int32_t n) { x.Create1D(n < 1 ? 0 : n); }
+
+using WaveKernel = AnalysisStatus (*)(std::int32_t, double, double, double*, double*);
+
+// n, Amp, f and the running Phase (in/out, degrees) at parameter 3. The
+// phase is written back only when the kernel succeeds, so a failing call
+// leaves the host's variable as it was.
+void WaveMethod(Call& c, WaveKernel kernel) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), f(c.In(2)), phase(*c.Out(3));
+    const std::int32_t n = count.Int();
+    const double a = amp.Double(), cycles = f.Double();
+    double p = phase.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(kernel(n, a, cycles, &p, x.AsDouble()));
+    c.SetOutDouble(3, p);
+    ReturnArray(c, x);
+}
+
+}  // namespace
+
+void FFT(Call& c) { ComplexTransformMethod(c, ComplexFFT); }
+void InvFFT(Call& c) { ComplexTransformMethod(c, ComplexInvFFT); }
+void Spectrum(Call& c) { RealTransformMethod(c, PowerSpectrum); }
+void FHT(Call& c) { RealTransformMethod(c, HartleyTransform); }
+void InvFHT(Call& c) { RealTransformMethod(c, InvHartleyTransform); }
+
+// x in; y (out) receives Re X, z (out) Im X, both of length n.
+void ReFFT(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    const std::int32_t n = x.Count();
+    ArgArray y, z;
+    CreateCopy(y, x, n);
+    z.Create1D(n);
+    ThrowAnalysisStatus(RealFFT(y.AsDouble(), z.AsDouble(), n));
+    OutputArray(c, 1, y);
+    OutputArray(c, 2, z);
+}
+
+// The kernel only reads xi, so it gets the host's imaginary parts directly;
+// the real parts are copied into yr and overwritten there.
+void ReInvFFT(Call& c) {
+    ArgArray xr(c.In(0));
+    RequireSignal(xr);
+    ArgArray xi(c.In(1));
+    RequirePartner(xi, xr);
+    const std::int32_t n = xr.Count();
+    ArgArray yr;
+    CreateCopy(yr, xr, n);
+    ThrowAnalysisStatus(RealInvFFT(yr.AsDouble(), xi.AsDouble(), n));
+    OutputArray(c, 2, yr);
+}
+
+void Impulse(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), index(c.In(2));
+    const std::int32_t n = count.Int(), i = index.Int();
+    const double a = amp.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(ImpulsePattern(n, a, i, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+void Pulse(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), delay(c.In(2)), width(c.In(3));
+    const std::int32_t n = count.Int(), d = delay.Int(), w = width.Int();
+    const double a = amp.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(PulsePattern(n, a, d, w, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+void Ramp(Call& c) {
+    ArgScalar count(c.In(0)), first(c.In(1)), last(c.In(2));
+    const std::int32_t n = count.Int();
+    const double x0 = first.Double(), x1 = last.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(RampPattern(n, x0, x1, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+void Triangle(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1));
+    const std::int32_t n = count.Int();
+    const double a = amp.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(TrianglePattern(n, a, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+// Phase here is an input only (degrees): the pattern does not continue.
+void SinePattern(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), phase(c.In(2)), cycles(c.In(3));
+    const std::int32_t n = count.Int();
+    const double a = amp.Double(), p = phase.Double(), k = cycles.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(SinePatternGen(n, a, p, k, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+void Chirp(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), f1(c.In(2)), f2(c.In(3));
+    const std::int32_t n = count.Int();
+    const double a = amp.Double(), lo = f1.Double(), hi = f2.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(ChirpPattern(n, a, lo, hi, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+void Sinc(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), delay(c.In(2)), dt(c.In(3));
+    const std::int32_t n = count.Int();
+    const double a = amp.Double(), d = delay.Double(), step = dt.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(SincPattern(n, a, d, step, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+// The noise methods draw from the one generator shared by the whole process:
+// Seed >= 0 restarts it, a negative Seed continues wherever the last noise
+// call of any of the three left it.
+void Uniform(Call& c) {
+    ArgScalar count(c.In(0)), seed(c.In(1));
+    const std::int32_t n = count.Int(), s = seed.Int();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(UniformNoise(n, s, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+void WhiteNoise(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), seed(c.In(2));
+    const std::int32_t n = count.Int(), s = seed.Int();
+    const double a = amp.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(WhiteNoiseGen(n, a, s, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+void GaussNoise(Call& c) {
+    ArgScalar count(c.In(0)), sdev(c.In(1)), seed(c.In(2));
+    const std::int32_t n = count.Int(), s = seed.Int();
+    const double sd = sdev.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(GaussNoiseGen(n, sd, s, x.AsDouble()));
+    ReturnArray(c, x);
+}
+
+void SineWave(Call& c) { WaveMethod(c, SineWaveGen); }
+void SawtoothWave(Call& c) { WaveMethod(c, SawtoothWaveGen); }
+void TriangleWave(Call& c) { WaveMethod(c, TriangleWaveGen); }
+
+// As the other waves, with DutyCycle (percent) before the Phase.
+void SquareWave(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), f(c.In(2)), duty(c.In(3)), phase(*c.Out(4));
+    const std::int32_t n = count.Int();
+    const double a = amp.Double(), cycles = f.Double(), d = duty.Double();
+    double p = phase.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(SquareWaveGen(n, a, cycles, d, &p, x.AsDouble()));
+    c.SetOutDouble(4, p);
+    ReturnArray(c, x);
+}
+
+// One period given by the one-dimensional WaveTable; an empty table is left
+// to the kernel, which then generates zeros.
+void ArbitraryWave(Call& c) {
+    ArgScalar count(c.In(0)), amp(c.In(1)), f(c.In(2));
+    const std::int32_t n = count.Int();
+    const double a = amp.Double(), cycles = f.Double();
+    ArgArray table(c.In(3));
+    table.RequireDims(1);
+    ArgScalar interp(c.In(4)), phase(*c.Out(5));
+    const std::int32_t mode = interp.Int();
+    double p = phase.Double();
+    ArgArray x;
+    CreateSamples(x, n);
+    ThrowAnalysisStatus(ArbitraryWaveGen(n, a, cycles, table.AsDouble(), table.Count(), mode, &p, x.AsDouble()));
+    c.SetOutDouble(5, p);
+    ReturnArray(c, x);
+}
+
 // Not built yet.
-VN_NOT_IMPLEMENTED(Impulse)
-VN_NOT_IMPLEMENTED(Pulse)
-VN_NOT_IMPLEMENTED(Ramp)
-VN_NOT_IMPLEMENTED(Triangle)
-VN_NOT_IMPLEMENTED(SinePattern)
-VN_NOT_IMPLEMENTED(Uniform)
-VN_NOT_IMPLEMENTED(WhiteNoise)
-VN_NOT_IMPLEMENTED(GaussNoise)
-VN_NOT_IMPLEMENTED(Chirp)
-VN_NOT_IMPLEMENTED(ArbitraryWave)
-VN_NOT_IMPLEMENTED(SawtoothWave)
-VN_NOT_IMPLEMENTED(Sinc)
-VN_NOT_IMPLEMENTED(SineWave)
-VN_NOT_IMPLEMENTED(SquareWave)
-VN_NOT_IMPLEMENTED(TriangleWave)
-VN_NOT_IMPLEMENTED(FFT)
-VN_NOT_IMPLEMENTED(InvFFT)
-VN_NOT_IMPLEMENTED(ReFFT)
-VN_NOT_IMPLEMENTED(ReInvFFT)
-VN_NOT_IMPLEMENTED(Spectrum)
-VN_NOT_IMPLEMENTED(FHT)
-VN_NOT_IMPLEMENTED(InvFHT)
 VN_NOT_IMPLEMENTED(Convolve)
 VN_NOT_IMPLEMENTED(Correlate)
 VN_NOT_IMPLEMENTED(Integrate)

@@ -1,0 +1,341 @@
+// VNDSP transforms and generators through IDispatch: transforms against a
+// naive DFT and their inverses, generators against closed forms, the shared
+// noise sequence against the generator's defining recurrence, and failures.
+#include "client.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+using namespace vntest;
+
+namespace {
+
+constexpr HRESULT Err(unsigned code) { return static_cast<HRESULT>(0x800A0000u | code); }
+constexpr double kPi = 3.141592653589793;
+using Vec = std::vector<double>;
+using Cx = std::complex<double>;
+
+const wchar_t kSamples[] = L"The number of samples must be >0.";
+const wchar_t kShape[] = L"The input arrays do not contain the correct number of data values for this function.";
+const wchar_t kPow2[] = L"The size of the input array must be a power of two:  size = 2^m, 0<m<23.";
+
+std::vector<Cx> NaiveDFT(const Vec& re, const Vec& im) {
+    const std::size_t n = re.size();
+    std::vector<Cx> out(n);
+    for (std::size_t k = 0; k < n; ++k)
+        for (std::size_t j = 0; j < n; ++j)
+            out[k] += Cx(re[j], im[j]) * std::polar(1.0, -2 * kPi * double(j * k % n) / double(n));
+    return out;
+}
+
+void ExpectNear(const Vec& got, const Vec& want, double tol, const char* what) {
+    ASSERT_EQ(got.size(), want.size()) << what;
+    for (std::size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], want[i], tol) << what << " [" << i << "]";
+}
+
+// The shared generator's recurrence (three congruential components).
+struct Recurrence {
+    std::int32_t s1 = 0, s2 = 0, s3 = 0;
+    explicit Recurrence(std::int32_t seed) {
+        s1 = seed == 0 ? 32767 : seed;
+        s2 = (s1 * 8191) & 16383;
+        s3 = (s2 * 8191) & 16383;
+    }
+    long Next() {
+        s1 = 171 * s1 % 30269, s2 = 172 * s2 % 30307, s3 = 170 * s3 % 30323;
+        const double r = s2 / 30307.0 + s1 / 30269.0 + s3 / 30323.0;
+        return static_cast<long>((r - std::trunc(r)) * 32768);
+    }
+};
+
+class DspMethods : public ::testing::Test {
+protected:
+    Control dsp_{L"VNAnalysisControlsLib.VNDSP.1"};
+    void SetUp() override { ASSERT_TRUE(dsp_.valid()) << std::hex << dsp_.createResult(); }
+
+    // args[i] for i >= firstRef go by reference and hold the outputs after.
+    Outcome Invoke(const wchar_t* method, std::vector<Var>& args, std::size_t firstRef = 99) const {
+        std::vector<Var> refs(args.size());
+        std::vector<VARIANT*> raw;
+        for (std::size_t i = 0; i < args.size(); ++i) {
+            if (i >= firstRef) refs[i] = RefTo(args[i]);
+            raw.push_back(i >= firstRef ? refs[i].get() : args[i].get());
+        }
+        return dsp_.Call(method, raw);
+    }
+    std::vector<Var> Ok(const wchar_t* method, std::vector<Var> args, std::size_t firstRef = 99) const {
+        const Outcome o = Invoke(method, args, firstRef);
+        EXPECT_TRUE(o.ok()) << Narrow(method) << ": " << std::hex << o.code << " " << Narrow(o.description);
+        args.push_back(o.result);
+        return args;  // the outputs, then the return value last
+    }
+    Vec Gen(const wchar_t* method, std::vector<Var> args) const { return Doubles(Ok(method, std::move(args)).back()); }
+    Vec Noise(const wchar_t* method, int n, double scale, int seed) const {
+        return method == std::wstring(L"Uniform") ? Gen(method, {n, seed}) : Gen(method, {n, scale, seed});
+    }
+};
+
+TEST_F(DspMethods, TransformsAgainstNaiveDFTAndTheirInverses) {
+    for (int n : {1, 2, 4, 8, 32}) {
+        SCOPED_TRACE(n);
+        Vec re(n), im(n), zero(n, 0.0);
+        for (int j = 0; j < n; ++j) re[j] = std::cos(0.7 * j) + 0.3 * j - 1, im[j] = std::sin(1.9 * j) - 0.2;
+        const std::vector<Cx> X = NaiveDFT(re, im), R = NaiveDFT(re, zero);
+        Vec Xr, Xi, Rr, Ri, power, hartley;
+        for (int k = 0; k < n; ++k) {
+            Xr.push_back(X[k].real()), Xi.push_back(X[k].imag()), Rr.push_back(R[k].real()), Ri.push_back(R[k].imag());
+            power.push_back(std::norm(R[k]) / n / n), hartley.push_back(R[k].real() - R[k].imag());
+        }
+        const double tol = 1e-12 * n;
+
+        // Inputs by reference: the handler must not write into them.
+        const auto f = Ok(L"FFT", {DoubleArray(re), DoubleArray(im), Var(L"old"), Var(L"old")}, 0);
+        EXPECT_EQ(Doubles(f[0]), re);
+        EXPECT_EQ(Doubles(f[1]), im);
+        ExpectNear(Doubles(f[2]), Xr, tol, "FFT re");
+        ExpectNear(Doubles(f[3]), Xi, tol, "FFT im");
+        const auto inv = Ok(L"InvFFT", {f[2], f[3], Var(), Var()}, 2);
+        ExpectNear(Doubles(inv[2]), re, tol, "InvFFT re");
+        ExpectNear(Doubles(inv[3]), im, tol, "InvFFT im");
+
+        const auto r = Ok(L"ReFFT", {DoubleArray(re), Var(), Var()}, 0);
+        EXPECT_EQ(Doubles(r[0]), re);
+        ExpectNear(Doubles(r[1]), Rr, tol, "ReFFT re");
+        ExpectNear(Doubles(r[2]), Ri, tol, "ReFFT im");
+        ExpectNear(Doubles(Ok(L"ReInvFFT", {r[1], r[2], Var()}, 2)[2]), re, tol, "ReInvFFT");
+        // Only Im X above n/2 is read: the lower half may hold anything.
+        Vec junk = Doubles(r[2]);
+        for (int k = 0; k <= n / 2; ++k) junk[k] = 100.0 + k;
+        ExpectNear(Doubles(Ok(L"ReInvFFT", {r[1], DoubleArray(junk), Var()}, 2)[2]), re, tol, "ReInvFFT lower");
+
+        ExpectNear(Gen(L"Spectrum", {DoubleArray(re)}), power, tol, "Spectrum");
+        const Vec h = Gen(L"FHT", {DoubleArray(re)});
+        ExpectNear(h, hartley, tol, "FHT = Re X - Im X");
+        ExpectNear(Gen(L"InvFHT", {DoubleArray(h)}), re, tol, "InvFHT");
+    }
+    // Integer input is converted, and the host's array keeps its type.
+    const auto r = Ok(L"ReFFT", {TypedArray(VT_I4, {1, 2, 3, 4}), Var(), Var()}, 0);
+    EXPECT_EQ(ElementType(r[0]), VT_I4);
+    ExpectNear(Doubles(r[1]), {10, -2, -2, -2}, 1e-15, "ReFFT 1..4 re");
+    ExpectNear(Doubles(r[2]), {0, 2, 0, -2}, 1e-15, "ReFFT 1..4 im");
+}
+
+TEST_F(DspMethods, TransformFailuresLeaveTheOutputsAlone) {
+    const Var v8 = DoubleArray(Vec(8, 1.0)), v4 = DoubleArray(Vec(4, 1.0)), e = EmptyArray(VT_R8);
+    const Var m = DoubleMatrix(2, 2, {1, 2, 3, 4});
+    struct Row {
+        const wchar_t* method;
+        std::vector<Var> in;  // the outputs follow
+        HRESULT code;
+        const wchar_t* text;
+    };
+    std::vector<Row> rows;
+    for (int n : {3, 6, 12}) {
+        const Var x = DoubleArray(Vec(n, 1.0));
+        for (const wchar_t* method : {L"FFT", L"InvFFT", L"ReInvFFT"}) rows.push_back({method, {x, x}, Err(20009), kPow2});
+        for (const wchar_t* method : {L"ReFFT", L"Spectrum", L"FHT", L"InvFHT"})
+            rows.push_back({method, {x}, Err(20009), kPow2});
+    }
+    for (const wchar_t* method : {L"FFT", L"InvFFT", L"ReInvFFT"}) {
+        rows.push_back({method, {e, e}, Err(20003), kSamples});
+        rows.push_back({method, {m, m}, Err(20008), kShape});
+        rows.push_back({method, {v8, v4}, Err(20008), kShape});
+        rows.push_back({method, {v4, m}, Err(20008), kShape});
+    }
+    for (const wchar_t* method : {L"ReFFT", L"Spectrum", L"FHT", L"InvFHT"}) {
+        rows.push_back({method, {e}, Err(20003), kSamples});
+        rows.push_back({method, {m}, Err(20008), kShape});
+    }
+    for (Row& row : rows) {
+        SCOPED_TRACE(Narrow(row.method) + " of " + std::to_string(Sizes(row.in[0]).size()) + "-D, " +
+                     std::to_string(Doubles(row.in[0]).size()));
+        const std::size_t firstOut = row.in.size();
+        const std::wstring name = row.method;
+        const int outputs = name == L"ReInvFFT" ? 1 : name == L"FFT" || name == L"InvFFT" || name == L"ReFFT" ? 2 : 0;
+        for (int i = 0; i < outputs; ++i) row.in.push_back(Var(L"old"));
+        const Outcome o = Invoke(row.method, row.in, firstOut);
+        EXPECT_EQ(o.code, row.code) << std::hex << o.code;
+        EXPECT_EQ(o.description, row.text);
+        for (std::size_t i = firstOut; i < row.in.size(); ++i) EXPECT_EQ(row.in[i].vt(), VT_BSTR);
+    }
+}
+
+TEST_F(DspMethods, PatternsAgainstClosedForms) {
+    ExpectNear(Gen(L"Ramp", {5, 1.0, 3.0}), {1, 1.5, 2, 2.5, 3}, 1e-15, "Ramp");
+    ExpectNear(Gen(L"Ramp", {2, -1.0, 4.0}), {-1, 4}, 0, "Ramp of 2");
+    // Scalars arrive as any numeric type or numeric string.
+    EXPECT_EQ(Gen(L"Impulse", {Var(L"5"), 2.5, 3.0}), (Vec{0, 0, 0, 2.5, 0}));
+    EXPECT_EQ(Gen(L"Pulse", {6, 2.0, 2, 4}), (Vec{0, 0, 2, 2, 2, 2}));
+    EXPECT_EQ(Gen(L"Pulse", {6, 2.0, 1, 0}), Vec(6, 0.0));
+    EXPECT_EQ(Gen(L"Triangle", {4, 2.0}), (Vec{0, 1, 2, 1}));
+    EXPECT_EQ(Gen(L"Triangle", {5, 2.0}), (Vec{0, 1, 2, 1, 0}));
+    EXPECT_EQ(Gen(L"Triangle", {2, 3.0}), (Vec{0, 3}));
+    EXPECT_EQ(Gen(L"Triangle", {3, 3.0}), (Vec{0, 3, 0}));
+
+    const int n = 16;
+    Vec sine, chirp, sinc;
+    for (int i = 0; i < n; ++i) {
+        sine.push_back(2 * std::sin(kPi / 6 + 2 * kPi * 3 * i / n));
+        chirp.push_back(1.5 * std::sin(2 * kPi * 0.05 * i + kPi * (0.3 - 0.05) / n * i * i));
+        const double t = (i * 0.5 - 1.5) * kPi;
+        sinc.push_back(i == 3 ? 2 : 2 * std::sin(t) / t);
+    }
+    ExpectNear(Gen(L"SinePattern", {n, 2.0, 30.0, 3.0}), sine, 1e-13, "SinePattern");
+    ExpectNear(Gen(L"Chirp", {n, 1.5, 0.05, 0.3}), chirp, 1e-13, "Chirp");
+    ExpectNear(Gen(L"Sinc", {n, 2.0, 1.5, 0.5}), sinc, 1e-14, "Sinc");
+}
+
+// Every wave generated in one call of 10 and in calls of 4 and 6 with the
+// Phase handed over: the same samples, and the phase handed back is that of
+// the next sample, in [0, 360).
+TEST_F(DspMethods, WavesContinueThroughTheirPhase) {
+    const double amp = 1.5, f = 0.13, p0 = -90, duty = 30;
+    const Vec table{0, 1, 4, 9};
+    auto reduce = [](double p) { return std::fmod(std::fmod(p, 360) + 360, 360); };
+    struct Wave {
+        const wchar_t* method;
+        std::function<double(double)> shape;
+    };
+    const Wave waves[] = {
+        {L"SineWave", [](double p) { return std::sin(p * kPi / 180); }},
+        {L"SawtoothWave", [&](double p) { return reduce(p) < 180 ? reduce(p) / 180 : reduce(p) / 180 - 2; }},
+        {L"TriangleWave",
+         [&](double p) { const double q = reduce(p); return q < 90 ? q / 90 : q < 270 ? 2 - q / 90 : q / 90 - 4; }},
+        {L"SquareWave", [&](double p) { return reduce(p) < duty * 3.6 ? 1.0 : -1.0; }},
+        {L"ArbitraryWave", [&](double p) {
+             const double u = reduce(p) / 90;  // table units
+             const int k = static_cast<int>(u);
+             return table[k] + (u - k) * (table[(k + 1) % 4] - table[k]);
+         }},
+    };
+    for (const Wave& w : waves) {
+        SCOPED_TRACE(Narrow(w.method));
+        const std::wstring name = w.method;
+        auto call = [&](int n, double phase) {
+            std::vector<Var> a{n, amp, f};
+            if (name == L"SquareWave") a.push_back(duty);
+            if (name == L"ArbitraryWave") a.push_back(DoubleArray(table)), a.push_back(1);
+            a.push_back(phase);
+            auto out = Ok(w.method, a, a.size() - 1);
+            EXPECT_EQ(out[out.size() - 2].vt(), VT_R8);
+            return std::make_pair(Doubles(out.back()), Doubles(out[out.size() - 2])[0]);
+        };
+        const auto whole = call(10, p0);
+        const auto first = call(4, p0);
+        const auto second = call(6, first.second);
+        Vec want, joined = first.first;
+        joined.insert(joined.end(), second.first.begin(), second.first.end());
+        for (int i = 0; i < 10; ++i) want.push_back(amp * w.shape(p0 + i * f * 360));
+        ExpectNear(whole.first, want, 1e-12, "closed form");
+        ExpectNear(joined, want, 1e-12, "in two calls");
+        EXPECT_NEAR(first.second, reduce(p0 + 4 * f * 360), 1e-11);
+        EXPECT_NEAR(whole.second, 18, 1e-11);  // -90 + 10 * 46.8
+        EXPECT_NEAR(second.second, 18, 1e-11);
+    }
+
+    const auto s = Ok(L"SineWave", {4, 2.0, 0.25, 0.0}, 3);
+    ExpectNear(Doubles(s.back()), {0, 2, 0, -2}, 1e-15, "quarter-rate sine");
+    EXPECT_EQ(Doubles(s[3])[0], 0);
+    EXPECT_EQ(Gen(L"SquareWave", {3, 2.0, 0.1, 150.0, 0.0}), Vec(3, 2.0));
+    EXPECT_EQ(Gen(L"SquareWave", {3, 2.0, 0.1, -10.0, 0.0}), Vec(3, -2.0));
+    // At 315 degrees a four-entry table is halfway from its last entry back
+    // to its first; without interpolation the last entry itself.
+    ExpectNear(Gen(L"ArbitraryWave", {1, 1.0, 0.0, DoubleArray({0, 1, 2, 3}), 1, 315.0}), {1.5}, 1e-14, "wrap");
+    EXPECT_EQ(Gen(L"ArbitraryWave", {1, 1.0, 0.0, DoubleArray({0, 1, 2, 3}), 0, 315.0}), Vec{3});
+}
+
+// The three noise methods share one sequence: a seed >= 0 restarts it
+// (0 counts as 32767), a negative seed continues it across methods, and a
+// failing call neither reseeds nor advances it. Results are mapped back to
+// the generator's integers and compared with its recurrence.
+TEST_F(DspMethods, NoiseMethodsShareOneSequence) {
+    struct Step {
+        const wchar_t* method;
+        int n;
+        double scale;
+        int seed;
+    };
+    const Step steps[] = {{L"Uniform", 5, 1, 11},  {L"Uniform", 3, 1, -1},     {L"WhiteNoise", 4, 2.5, -1},
+                          {L"GaussNoise", 3, 1.5, -1}, {L"Uniform", 2, 1, -7}, {L"WhiteNoise", 3, 0.5, 11},
+                          {L"GaussNoise", 2, 4, 0}, {L"Uniform", 4, 1, -1}};
+    Recurrence ref(0);
+    for (const Step& s : steps) {
+        SCOPED_TRACE(Narrow(s.method) + " seed " + std::to_string(s.seed));
+        if (s.seed >= 0) ref = Recurrence(s.seed);
+        const std::wstring name = s.method;
+        const Vec x = Noise(s.method, s.n, s.scale, s.seed);
+        ASSERT_EQ(x.size(), static_cast<std::size_t>(s.n));
+        for (double v : x) {
+            if (name == L"Uniform") {
+                EXPECT_EQ(std::lround(v * 32767), ref.Next());
+            } else if (name == L"WhiteNoise") {
+                EXPECT_EQ(std::lround(v / s.scale * 16384 + 16383), ref.Next());
+            } else {
+                long sum = 0;
+                for (int k = 0; k < 12; ++k) sum += ref.Next();
+                EXPECT_EQ(std::lround(v / s.scale * 32768 + 196596), sum);
+            }
+        }
+        // A failing call with a fresh seed must leave the sequence alone.
+        std::vector<Var> bad{0, 3};
+        EXPECT_EQ(Invoke(L"Uniform", bad).code, Err(20003));
+    }
+    EXPECT_EQ(Gen(L"Uniform", {6, 0}), Gen(L"Uniform", {6, 32767}));
+}
+
+TEST_F(DspMethods, GeneratorFailures) {
+    const wchar_t kIndex[] = L"The following condition must be met:  0 <= index < samples.";
+    const wchar_t kDelay[] = L"The following conditions must be met:  0 <= (delay + width) < samples.";
+    const wchar_t kTwo[] = L"The number of samples must be >= 2.";
+    struct Row {
+        const wchar_t* method;
+        std::vector<Var> args;
+        HRESULT code;
+        const wchar_t* text;  // nullptr: not checked
+    };
+    std::vector<Row> rows = {
+        {L"Impulse", {4, 1.0, 4}, Err(20017), kIndex},
+        {L"Impulse", {4, 1.0, -1}, Err(20017), kIndex},
+        {L"Impulse", {0, 1.0, 0}, Err(20003), kSamples},
+        {L"Pulse", {6, 1.0, 3, 4}, Err(20014), kDelay},
+        {L"Pulse", {6, 1.0, -1, 2}, Err(20014), kDelay},
+        {L"Pulse", {6, 1.0, 1, -1}, Err(20014), kDelay},
+        {L"Ramp", {1, 0.0, 1.0}, Err(20006), kTwo},
+        {L"Triangle", {-4, 1.0}, Err(20006), kTwo},
+        {L"SinePattern", {4, 1.0, 0.0, 4.5}, Err(20012), L"The number of cycles must be > 0 and <= the number of samples."},
+        {L"Sinc", {4, 1.0, 0.0, 0.0}, Err(20016), L"dt must be > 0."},
+        {L"Chirp", {-2147483647 - 1, 1.0, 0.1, 0.2}, Err(20003), kSamples},
+        {L"WhiteNoise", {0, 1.0, 1}, Err(20003), kSamples},
+        {L"GaussNoise", {-3, 1.0, 1}, Err(20003), kSamples},
+        {L"Ramp", {Var(L"five"), 0.0, 1.0}, DISP_E_TYPEMISMATCH, nullptr},
+        {L"ArbitraryWave", {4, 1.0, 0.1, DoubleMatrix(2, 2, {1, 2, 3, 4}), 1, 123.0}, Err(20008), kShape},
+        {L"ArbitraryWave", {0, 1.0, 0.1, DoubleArray({1, 2}), 1, 123.0}, Err(20003), kSamples},
+        {L"SineWave", {0, 1.0, 0.1, 123.0}, Err(20003), kSamples},
+        {L"SawtoothWave", {-1, 1.0, 0.1, 123.0}, Err(20003), kSamples},
+        {L"TriangleWave", {0, 1.0, 0.1, 123.0}, Err(20003), kSamples},
+        {L"SquareWave", {0, 1.0, 0.1, 50.0, 123.0}, Err(20003), kSamples},
+    };
+    for (Row& row : rows) {
+        SCOPED_TRACE(Narrow(row.method));
+        const std::wstring name = row.method;
+        const bool wave = name.find(L"Wave") != std::wstring::npos;
+        const Outcome o = Invoke(row.method, row.args, wave ? row.args.size() - 1 : 99);
+        EXPECT_EQ(o.code, row.code) << std::hex << o.code;
+        if (row.text) {
+            EXPECT_EQ(o.description, row.text);
+        }
+        EXPECT_EQ(o.result.vt(), VT_EMPTY);
+        if (wave) {  // the Phase keeps what it held
+            EXPECT_EQ(row.args.back().vt(), VT_R8);
+            EXPECT_EQ(Doubles(row.args.back()), Vec{123.0});
+        }
+    }
+}
+
+}  // namespace
