@@ -55,6 +55,38 @@ void RequireColumnOf(const ArgArray& column, const ArgArray& x) {
     column.RequireElements(x.Count());
 }
 
+using Distribution1 = AnalysisStatus (*)(double, double*);
+using Distribution2 = AnalysisStatus (*)(double, std::int32_t, double*);
+using Distribution3 = AnalysisStatus (*)(double, std::int32_t, std::int32_t, double*);
+
+// Distributions take an abscissa or probability and up to two degrees of
+// freedom (integers), read in parameter order, and return one double.
+void Distribution(Call& c, Distribution1 kernel) {
+    ArgScalar x(c.In(0));
+    const double v = x.Double();
+    double result = 0.0;
+    ThrowAnalysisStatus(kernel(v, &result));
+    c.SetResultDouble(result);
+}
+
+void Distribution(Call& c, Distribution2 kernel) {
+    ArgScalar x(c.In(0)), n(c.In(1));
+    const double v = x.Double();
+    const std::int32_t dof = n.Int();
+    double result = 0.0;
+    ThrowAnalysisStatus(kernel(v, dof, &result));
+    c.SetResultDouble(result);
+}
+
+void Distribution(Call& c, Distribution3 kernel) {
+    ArgScalar x(c.In(0)), n(c.In(1)), m(c.In(2));
+    const double v = x.Double();
+    const std::int32_t dofN = n.Int(), dofM = m.Int();
+    double result = 0.0;
+    ThrowAnalysisStatus(kernel(v, dofN, dofM, &result));
+    c.SetResultDouble(result);
+}
+
 }  // namespace
 
 void Mean(Call& c) { SampleStatistic(c, vn::Mean); }
@@ -116,75 +148,14 @@ void MeanSquaredError(Call& c) {
 // cannot be converted is reported for the first such parameter. Which bad
 // degree of freedom or probability is reported first is the kernel's rule.
 
-void NDist(Call& c) {
-    ArgScalar x(c.In(0));
-    const double v = x.Double();
-    double p = 0.0;
-    ThrowAnalysisStatus(NormalLowerTail(v, &p));
-    c.SetResultDouble(p);
-}
-
-void TDist(Call& c) {
-    ArgScalar t(c.In(0)), n(c.In(1));
-    const double v = t.Double();
-    const std::int32_t dof = n.Int();
-    double p = 0.0;
-    ThrowAnalysisStatus(StudentLowerTail(v, dof, &p));
-    c.SetResultDouble(p);
-}
-
-void FDist(Call& c) {
-    ArgScalar f(c.In(0)), n(c.In(1)), m(c.In(2));
-    const double v = f.Double();
-    const std::int32_t dofN = n.Int(), dofM = m.Int();
-    double p = 0.0;
-    ThrowAnalysisStatus(FisherLowerTail(v, dofN, dofM, &p));
-    c.SetResultDouble(p);
-}
-
-void XXDist(Call& c) {
-    ArgScalar x(c.In(0)), n(c.In(1));
-    const double v = x.Double();
-    const std::int32_t dof = n.Int();
-    double p = 0.0;
-    ThrowAnalysisStatus(ChiSquareLowerTail(v, dof, &p));
-    c.SetResultDouble(p);
-}
-
-void InvNDist(Call& c) {
-    ArgScalar p(c.In(0));
-    const double prob = p.Double();
-    double x = 0.0;
-    ThrowAnalysisStatus(NormalQuantile(prob, &x));
-    c.SetResultDouble(x);
-}
-
-void InvTDist(Call& c) {
-    ArgScalar p(c.In(0)), n(c.In(1));
-    const double prob = p.Double();
-    const std::int32_t dof = n.Int();
-    double t = 0.0;
-    ThrowAnalysisStatus(StudentQuantile(prob, dof, &t));
-    c.SetResultDouble(t);
-}
-
-void InvFDist(Call& c) {
-    ArgScalar p(c.In(0)), n(c.In(1)), m(c.In(2));
-    const double prob = p.Double();
-    const std::int32_t dofN = n.Int(), dofM = m.Int();
-    double f = 0.0;
-    ThrowAnalysisStatus(FisherQuantile(prob, dofN, dofM, &f));
-    c.SetResultDouble(f);
-}
-
-void InvXXDist(Call& c) {
-    ArgScalar p(c.In(0)), n(c.In(1));
-    const double prob = p.Double();
-    const std::int32_t dof = n.Int();
-    double x = 0.0;
-    ThrowAnalysisStatus(ChiSquareQuantile(prob, dof, &x));
-    c.SetResultDouble(x);
-}
+void NDist(Call& c) { Distribution(c, NormalLowerTail); }
+void TDist(Call& c) { Distribution(c, StudentLowerTail); }
+void FDist(Call& c) { Distribution(c, FisherLowerTail); }
+void XXDist(Call& c) { Distribution(c, ChiSquareLowerTail); }
+void InvNDist(Call& c) { Distribution(c, NormalQuantile); }
+void InvTDist(Call& c) { Distribution(c, StudentQuantile); }
+void InvFDist(Call& c) { Distribution(c, FisherQuantile); }
+void InvXXDist(Call& c) { Distribution(c, ChiSquareQuantile); }
 
 // Interpolation: x, y (and y2) one-dimensional of one length (-20008);
 // an empty table is the kernel's -20003.
