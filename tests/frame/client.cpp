@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 
 namespace vntest {
@@ -203,6 +204,50 @@ Outcome Control::Invoke(DISPID id, std::vector<VARIANT*> args, WORD flags, std::
         SysFreeString(excep.bstrHelpFile);
     }
     return o;
+}
+
+double Only(const Var& v) {
+    const std::vector<double> d = Doubles(v);
+    return d.size() == 1 ? d[0] : std::nan("");
+}
+
+Outcome CallWith(const Control& control, const wchar_t* method, std::vector<Var>& args) {
+    std::vector<VARIANT*> raw;
+    for (auto& a : args) raw.push_back(a.get());
+    return control.Call(method, raw);
+}
+
+Outcome CallWith(const Control& control, const wchar_t* method, std::vector<Var>&& args) {
+    return CallWith(control, method, args);
+}
+
+void ExpectFailures(const Control& control, const std::vector<Failure>& rows, const wchar_t* source) {
+    for (const Failure& row : rows) {
+        SCOPED_TRACE(std::string(row.name) + " (" + Narrow(row.method) + ")");
+        std::vector<Var> held = row.args, args = row.args;
+        const std::size_t firstRef = args.size() - static_cast<std::size_t>(row.refs);
+        for (std::size_t i = firstRef; i < args.size(); ++i) {
+            if (held[i].vt() == VT_EMPTY) held[i] = Var(L"unchanged");
+            args[i] = RefTo(held[i]);
+        }
+        const Outcome o = CallWith(control, row.method, args);
+        EXPECT_EQ(o.code, row.code) << std::hex << o.code;
+        if (HRESULT_FACILITY(row.code) == FACILITY_CONTROL) {
+            EXPECT_EQ(o.hr, DISP_E_EXCEPTION);
+            EXPECT_EQ(o.source, source);
+        }
+        if (row.text) {
+            EXPECT_EQ(o.description, row.text);
+        }
+        EXPECT_EQ(o.result.vt(), VT_EMPTY);
+        for (std::size_t i = firstRef; i < args.size(); ++i) {
+            const Var before = row.args[i].vt() == VT_EMPTY ? Var(L"unchanged") : row.args[i];
+            EXPECT_EQ(held[i].vt(), before.vt()) << "output " << i;
+            if (before.vt() == VT_R8) {
+                EXPECT_EQ(Only(held[i]), Only(before)) << "output " << i;
+            }
+        }
+    }
 }
 
 std::string Narrow(const std::wstring& s) {

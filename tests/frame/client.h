@@ -84,6 +84,47 @@ private:
     HRESULT createResult_ = E_FAIL;
 };
 
+// Helpers shared by the per-control method tests.
+
+// The status a control raises: the automation facility plus the code.
+constexpr HRESULT VnError(unsigned code) { return static_cast<HRESULT>(0x800A0000u | code); }
+
+namespace msg {
+inline const wchar_t* const kSamples = L"The number of samples must be >0.";
+inline const wchar_t* const kShape =
+    L"The input arrays do not contain the correct number of data values for this function.";
+inline const wchar_t* const kNotArray = L"The argument is not  an array.";
+inline const wchar_t* const kIndex = L"The following condition must be met:  0 <= index < samples.";
+inline const wchar_t* const kSquare = L"The input matrix must be a square matrix.";
+inline const wchar_t* const kInner =
+    L"The number of columns in the first matrix is not equal to the number of rows in the second matrix or vector.";
+inline const wchar_t* const kSingular =
+    L"The system of equations cannot be solved because the input matrix is singular.";
+inline const wchar_t* const kSelection = L"The selection is invalid.";
+}  // namespace msg
+
+// The single number a result or output holds (NaN when it is not one).
+double Only(const Var& v);
+
+// Calls `method` with `args` in parameter order, passed as they are (the
+// caller's variants, so their arrays can be checked afterwards).
+Outcome CallWith(const Control& control, const wchar_t* method, std::vector<Var>& args);
+Outcome CallWith(const Control& control, const wchar_t* method, std::vector<Var>&& args);
+
+// A call that must fail. The last `refs` arguments go by reference: an Empty
+// one is filled with a string first; all must hold what they held before.
+struct Failure {
+    const char* name;
+    const wchar_t* method;
+    std::vector<Var> args;
+    int refs;
+    HRESULT code;
+    const wchar_t* text;  // nullptr: not checked
+};
+// Checks every row; `source` is the error source expected for the
+// control's own statuses.
+void ExpectFailures(const Control& control, const std::vector<Failure>& rows, const wchar_t* source);
+
 std::string Narrow(const std::wstring& s);
 
 // Path of the module registered for the VNArray ProgID ("" when none).
