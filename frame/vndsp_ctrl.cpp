@@ -169,36 +169,21 @@ void Triangle(Call& c) {
     ReturnArray(c, x);
 }
 
-// Phase here is an input only (degrees): the pattern does not continue.
-void SinePattern(Call& c) {
-    ArgScalar count(c.In(0)), amp(c.In(1)), phase(c.In(2)), cycles(c.In(3));
+// n and three doubles in parameter order. SinePattern's Phase is an input only
+// (degrees): a pattern does not continue across calls.
+void ThreeParameterPattern(Call& c, AnalysisStatus (*kernel)(std::int32_t, double, double, double, double*)) {
+    ArgScalar count(c.In(0)), first(c.In(1)), second(c.In(2)), third(c.In(3));
     const std::int32_t n = count.Int();
-    const double a = amp.Double(), p = phase.Double(), k = cycles.Double();
+    const double p1 = first.Double(), p2 = second.Double(), p3 = third.Double();
     ArgArray x;
     CreateSamples(x, n);
-    ThrowAnalysisStatus(SinePatternGen(n, a, p, k, x.AsDouble()));
+    ThrowAnalysisStatus(kernel(n, p1, p2, p3, x.AsDouble()));
     ReturnArray(c, x);
 }
 
-void Chirp(Call& c) {
-    ArgScalar count(c.In(0)), amp(c.In(1)), f1(c.In(2)), f2(c.In(3));
-    const std::int32_t n = count.Int();
-    const double a = amp.Double(), lo = f1.Double(), hi = f2.Double();
-    ArgArray x;
-    CreateSamples(x, n);
-    ThrowAnalysisStatus(ChirpPattern(n, a, lo, hi, x.AsDouble()));
-    ReturnArray(c, x);
-}
-
-void Sinc(Call& c) {
-    ArgScalar count(c.In(0)), amp(c.In(1)), delay(c.In(2)), dt(c.In(3));
-    const std::int32_t n = count.Int();
-    const double a = amp.Double(), d = delay.Double(), step = dt.Double();
-    ArgArray x;
-    CreateSamples(x, n);
-    ThrowAnalysisStatus(SincPattern(n, a, d, step, x.AsDouble()));
-    ReturnArray(c, x);
-}
+void SinePattern(Call& c) { ThreeParameterPattern(c, SinePatternGen); }
+void Chirp(Call& c) { ThreeParameterPattern(c, ChirpPattern); }
+void Sinc(Call& c) { ThreeParameterPattern(c, SincPattern); }
 
 // The noise methods draw from the one generator shared by the whole process:
 // Seed >= 0 restarts it, a negative Seed continues wherever the last noise

@@ -18,7 +18,7 @@ using namespace vntest;
 
 namespace {
 
-struct ControlSpec {
+struct ExpectedControl {
     const wchar_t* progId;
     const wchar_t* interfaceName;
     std::vector<std::wstring> methods;  // dispatch order, AboutBox last
@@ -26,8 +26,8 @@ struct ControlSpec {
 
 // The method lists in dispatch order, written out independently of the
 // sources that build the type library.
-const std::vector<ControlSpec>& Controls() {
-    static const std::vector<ControlSpec> controls = {
+const std::vector<ExpectedControl>& Controls() {
+    static const std::vector<ExpectedControl> controls = {
         {L"VNAnalysisControlsLib.VNArray.1", L"_DVNArray",
          {L"ArrayDims", L"ArrayDimSizes", L"IndexArray", L"Interleave1D", L"MaxArray", L"MinArray", L"SubsetArray",
           L"AddArray", L"BuildArray", L"MaxMin1D", L"Subset1D", L"SubArray", L"MulArray", L"DivArray", L"AbsArray",
@@ -111,9 +111,9 @@ std::vector<FuncInfo> FunctionsOf(ITypeInfo* info) {
 
 TEST(TypeLibrary, MethodsDispatchIdsAndReturnKinds) {
     int plainNumbers = 0, nothing = 0;
-    for (const auto& spec : Controls()) {
-        SCOPED_TRACE(Narrow(spec.progId));
-        Control control(spec.progId);
+    for (const auto& expected : Controls()) {
+        SCOPED_TRACE(Narrow(expected.progId));
+        Control control(expected.progId);
         ASSERT_TRUE(control.valid()) << std::hex << control.createResult();
         UINT count = 0;
         ASSERT_EQ(control.get()->GetTypeInfoCount(&count), S_OK);
@@ -122,17 +122,17 @@ TEST(TypeLibrary, MethodsDispatchIdsAndReturnKinds) {
         ASSERT_EQ(control.get()->GetTypeInfo(0, 0, &info), S_OK);
         BSTR name = nullptr;
         info->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr);
-        EXPECT_EQ(std::wstring(name), spec.interfaceName);
+        EXPECT_EQ(std::wstring(name), expected.interfaceName);
         SysFreeString(name);
         const std::vector<FuncInfo> funcs = FunctionsOf(info);
         info->Release();
-        ASSERT_EQ(funcs.size(), spec.methods.size());
+        ASSERT_EQ(funcs.size(), expected.methods.size());
         for (std::size_t i = 0; i < funcs.size(); ++i) {
             const bool about = i + 1 == funcs.size();
-            EXPECT_EQ(funcs[i].name, spec.methods[i]);
+            EXPECT_EQ(funcs[i].name, expected.methods[i]);
             EXPECT_EQ(funcs[i].id, about ? DISPID_ABOUTBOX : static_cast<DISPID>(i + 1)) << Narrow(funcs[i].name);
             // The dispatch table agrees with the type library.
-            EXPECT_EQ(control.IdOf(spec.methods[i].c_str()), funcs[i].id);
+            EXPECT_EQ(control.IdOf(expected.methods[i].c_str()), funcs[i].id);
             LPOLESTR names[33];
             DISPID ids[33];
             names[0] = const_cast<LPOLESTR>(funcs[i].name.c_str());
@@ -269,10 +269,10 @@ TEST(TypeLibrary, ReadmeMethodTableMatchesWhatAnswersNotImplemented) {
     bool found = false;
     const auto readme = ReadmeNotImplemented(&found);
     ASSERT_TRUE(found) << "set VN_SOURCE_DIR to the source folder";
-    for (const auto& spec : Controls()) {
-        Control control(spec.progId);
+    for (const auto& expected : Controls()) {
+        Control control(expected.progId);
         ASSERT_TRUE(control.valid());
-        const std::wstring name = std::wstring(spec.interfaceName).substr(2);
+        const std::wstring name = std::wstring(expected.interfaceName).substr(2);
         const auto it = readme.find(name);
         ASSERT_NE(it, readme.end()) << Narrow(name) << " missing from the README";
         ITypeInfo* info = nullptr;
