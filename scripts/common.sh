@@ -4,6 +4,11 @@ VN_BUILD=${VN_BUILD_DIR:-$VN_ROOT/build}
 VN_JOBS=${VN_JOBS:-$(nproc 2>/dev/null || echo 2)}
 VN_WINE64=/usr/lib/wine/wine64
 VN_WINE32=/usr/lib/wine/wine
+# Wine's own server binary (the wineserver on PATH is only an alternatives
+# link from the optional "wine" package).
+VN_WINESERVER=/usr/lib/wine/wineserver64
+[ -x "$VN_WINESERVER" ] || VN_WINESERVER=/usr/lib/wine/wineserver
+[ -x "$VN_WINESERVER" ] || VN_WINESERVER=wineserver
 export WINEDEBUG=-all
 export WINEPREFIX=$VN_BUILD/wineprefix
 # No display: a message box returns at once instead of waiting for a click.
@@ -20,12 +25,12 @@ vn_have_wine32() {
 # are started here with their output detached, never from a test.
 vn_wine_up() {
   mkdir -p "$WINEPREFIX"
-  wineserver -p 300 </dev/null >/dev/null 2>&1
+  "$VN_WINESERVER" -p 300 </dev/null >/dev/null 2>&1
   "$VN_WINE64" wineboot -i </dev/null >/dev/null 2>&1
 }
 
 vn_wine_down() {
-  wineserver -k </dev/null >/dev/null 2>&1 || true
+  "$VN_WINESERVER" -k </dev/null >/dev/null 2>&1 || true
 }
 
 # A path as the Windows side sees it.
