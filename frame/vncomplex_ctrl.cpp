@@ -328,17 +328,22 @@ void CxOuterProduct(Call& c) {
     OutputArray(c, 5, zi);
 }
 
-void CxTranspose(Call& c) {
+// An m-by-n complex matrix in, an n-by-m one out (by-reference 2 and 3).
+void SwappedShapeMethod(Call& c, AnalysisStatus (*kernel)(const double*, const double*, std::int32_t,
+                                                          std::int32_t, double*, double*)) {
     ArgArray ar, ai;
     AttachMatrix(ar, ai, c, 0);
-    const std::int32_t rows = ar.Size(0), cols = ar.Size(1);
+    const std::int32_t m = ar.Size(0), n = ar.Size(1);
     ArgArray br, bi;
-    br.Create2D(cols, rows);
-    bi.Create2D(cols, rows);
-    ThrowAnalysisStatus(ComplexTranspose(ar.AsDouble(), ai.AsDouble(), rows, cols, br.AsDouble(), bi.AsDouble()));
+    br.Create2D(n, m);
+    bi.Create2D(n, m);
+    ThrowAnalysisStatus(kernel(ar.AsDouble(), ai.AsDouble(), m, n, br.AsDouble(), bi.AsDouble()));
     OutputArray(c, 2, br);
     OutputArray(c, 3, bi);
 }
+
+void CxTranspose(Call& c) { SwappedShapeMethod(c, ComplexTranspose); }
+void CxPseudoInverse(Call& c) { SwappedShapeMethod(c, ComplexPseudoInverse); }
 
 void CxSVD(Call& c) {
     ArgArray ar, ai;
@@ -437,18 +442,6 @@ void CxLU(Call& c) {
     OutputArray(c, 3, bi);
     OutputArray(c, 4, p);
     c.SetOutInt(5, parity);
-}
-
-void CxPseudoInverse(Call& c) {
-    ArgArray ar, ai;
-    AttachMatrix(ar, ai, c, 0);
-    const std::int32_t m = ar.Size(0), n = ar.Size(1);
-    ArgArray br, bi;
-    br.Create2D(n, m);
-    bi.Create2D(n, m);
-    ThrowAnalysisStatus(ComplexPseudoInverse(ar.AsDouble(), ai.AsDouble(), m, n, br.AsDouble(), bi.AsDouble()));
-    OutputArray(c, 2, br);
-    OutputArray(c, 3, bi);
 }
 
 void CxSVDS(Call& c) {

@@ -160,7 +160,10 @@ void InvXXDist(Call& c) { Distribution(c, ChiSquareQuantile); }
 // Interpolation: x, y (and y2) one-dimensional of one length (-20008);
 // an empty table is the kernel's -20003.
 
-void PolyInterp(Call& c) {
+// Neville and Bulirsch-Stoer share a shape: the value at xVal and an error
+// estimate, in by-reference parameters 3 and 4.
+void InterpolateAt(Call& c, AnalysisStatus (*kernel)(const double*, const double*, std::int32_t, double,
+                                                     double*, double*)) {
     ArgArray x(c.In(0));
     x.RequireDims(1);
     ArgArray y(c.In(1));
@@ -168,23 +171,13 @@ void PolyInterp(Call& c) {
     ArgScalar xVal(c.In(2));
     const double at = xVal.Double();
     double value = 0.0, error = 0.0;
-    ThrowAnalysisStatus(vn::PolyInterp(x.AsDouble(), y.AsDouble(), x.Count(), at, &value, &error));
+    ThrowAnalysisStatus(kernel(x.AsDouble(), y.AsDouble(), x.Count(), at, &value, &error));
     c.SetOutDouble(3, value);
     c.SetOutDouble(4, error);
 }
 
-void RatInterp(Call& c) {
-    ArgArray x(c.In(0));
-    x.RequireDims(1);
-    ArgArray y(c.In(1));
-    RequireColumnOf(y, x);
-    ArgScalar xVal(c.In(2));
-    const double at = xVal.Double();
-    double value = 0.0, error = 0.0;
-    ThrowAnalysisStatus(vn::RatInterp(x.AsDouble(), y.AsDouble(), x.Count(), at, &value, &error));
-    c.SetOutDouble(3, value);
-    c.SetOutDouble(4, error);
-}
+void PolyInterp(Call& c) { InterpolateAt(c, vn::PolyInterp); }
+void RatInterp(Call& c) { InterpolateAt(c, vn::RatInterp); }
 
 void Spline(Call& c) {
     ArgArray x(c.In(0));
