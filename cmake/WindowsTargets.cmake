@@ -1,7 +1,9 @@
 # VNMATH.dll, its type library and resources, and the Windows-side tests.
 enable_language(RC)
 
-find_program(WIDL widl REQUIRED)
+# The target-prefixed widl comes with mingw-w64-tools; a plain widl only with
+# Wine's optional tools package.
+find_program(WIDL NAMES ${VN_MINGW_TRIPLE}-widl widl REQUIRED)
 set(VN_WINE_IDL_DIR /usr/include/wine/wine/windows CACHE PATH "Windows IDL files for widl")
 find_path(VN_STDOLE_DIR stdole2.tlb PATHS /usr/lib/x86_64-linux-gnu/wine/x86_64-windows /usr/lib/i386-linux-gnu/wine/i386-windows
           NO_CMAKE_FIND_ROOT_PATH REQUIRED)
