@@ -225,7 +225,7 @@ void CxMatrixMul(Call& c) {
     if (yr.Dims() > 2) ThrowAnalysisStatus(kErrWrongCount);
     const bool vector = yr.Dims() == 1;
     const std::int32_t m = xr.Size(0), k = xr.Size(1), n = vector ? 1 : yr.Size(1);
-    if (yr.Size(0) != k) ThrowAnalysisStatus(kErrInnerDimensions);
+    if (yr.Size(0) != k) ThrowAnalysisStatus(kErrWrongCount);  // as MatrixMul
     AttachPartner(yi, c, 2, yr);
     ArgArray zr, zi;
     if (vector) {

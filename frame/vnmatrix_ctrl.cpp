@@ -117,7 +117,7 @@ void MatrixMul(Call& c) {
     const bool vector = y.Dims() == 1;
     if (!vector) y.RequireDims(2);
     const std::int32_t m = x.Size(0), k = x.Size(1);
-    if (y.Size(0) != k) ThrowAnalysisStatus(kErrInnerDimensions);
+    if (y.Size(0) != k) ThrowAnalysisStatus(kErrWrongCount);  // a partner of the wrong size
     const std::int32_t n = vector ? 1 : y.Size(1);
     ArgArray z;
     if (vector)

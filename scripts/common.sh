@@ -24,9 +24,18 @@ vn_have_wine32() {
 # background processes inherit the pipes of whatever starts them, so they
 # are started here with their output detached, never from a test.
 vn_wine_up() {
+  # A prefix first booted without 32-bit Wine has no 32-bit system files and
+  # cannot run the x86 module: make it again once 32-bit Wine is there.
+  if vn_have_wine32 && [ -d "$WINEPREFIX" ] && [ ! -f "$WINEPREFIX/.vn-wine32" ]; then
+    echo "Making the Wine prefix again: it was made before 32-bit Wine was installed."
+    "$VN_WINESERVER" -k </dev/null >/dev/null 2>&1 || true
+    rm -rf "$WINEPREFIX"
+  fi
   mkdir -p "$WINEPREFIX"
   "$VN_WINESERVER" -p 300 </dev/null >/dev/null 2>&1
   "$VN_WINE64" wineboot -i </dev/null >/dev/null 2>&1
+  vn_have_wine32 && touch "$WINEPREFIX/.vn-wine32"
+  return 0
 }
 
 vn_wine_down() {

@@ -37,7 +37,9 @@ if vn_have_wine32; then
   bash "$VN_ROOT/scripts/side-by-side.sh" || failed=$((failed + 1))
   total=$((total + 1))
 else
-  skipped_x86="NOT TESTED: the x86 VNMATH.dll was built, but 32-bit Wine (wine32:i386) is not installed on this machine, so its tests and the side-by-side registration test did not run."
+  why="32-bit Wine (wine32:i386) could not be installed"
+  [ -s "$VN_BUILD/wine32-unavailable" ] && why="$why; apt said: $(tr '\n' ' ' <"$VN_BUILD/wine32-unavailable")"
+  skipped_x86="NOT TESTED: the x86 VNMATH.dll was built, but its tests and the side-by-side registration test did not run: $why"
   vn_log "SKIPPED: $skipped_x86"
 fi
 vn_wine_down

@@ -96,8 +96,6 @@ inline const wchar_t* const kShape =
 inline const wchar_t* const kNotArray = L"The argument is not  an array.";
 inline const wchar_t* const kIndex = L"The following condition must be met:  0 <= index < samples.";
 inline const wchar_t* const kSquare = L"The input matrix must be a square matrix.";
-inline const wchar_t* const kInner =
-    L"The number of columns in the first matrix is not equal to the number of rows in the second matrix or vector.";
 inline const wchar_t* const kSingular =
     L"The system of equations cannot be solved because the input matrix is singular.";
 inline const wchar_t* const kSelection = L"The selection is invalid.";

@@ -130,7 +130,7 @@ Dim wide(1, 2)
 c.CxLU wide, wide, zr, zi, v, w
 CheckError "CxLU not square", 20040, "The input matrix must be a square matrix."
 c.CxMatrixMul ar, ai, Array(1, 2, 3), Array(0, 0, 0), zr, zi
-CheckError "CxMatrixMul inner", 20039, "The number of columns in the first matrix is not equal to the number of rows in the second matrix or vector."
+CheckError "CxMatrixMul inner", 20008, "The input arrays do not contain the correct number of data values for this function."
 v = c.CxMatrixNorm(ar, ai, 7)
 CheckError "CxMatrixNorm type", 20061, "The selection is invalid."
 Check "Outputs kept", zr, "unchanged"

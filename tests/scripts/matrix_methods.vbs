@@ -136,7 +136,7 @@ On Error Resume Next
 v = mx.InvMatrix(m)
 CheckError "InvMatrix of 2x3", 20040, "The input matrix must be a square matrix."
 v = mx.MatrixMul(m, Array(1, 2))
-CheckError "MatrixMul inner size", 20039, "The number of columns in the first matrix is not equal to the number of rows in the second matrix or vector."
+CheckError "MatrixMul inner size", 20008, "The input arrays do not contain the correct number of data values for this function."
 v = mx.InvMatrix(sing)
 CheckError "InvMatrix singular", 20041, "The system of equations cannot be solved because the input matrix is singular."
 v = mx.GenDeterminant(sq, 4)
