@@ -397,14 +397,14 @@ void IndexArray(Call& c) {
 // of x read with dimension 1 fastest.
 void Interleave1D(Call& c) {
     ArgArray x(c.In(0));
-    x.RequireDims(1);
     const ElementView xv = ViewOf(x);
-    const std::int32_t n = xv.sizes[0];
     if (HoldsArray(c.In(1))) {
         ArgArray y(c.In(1));
         const ElementView yv = ViewOf(y);
         RequireSameType(xv, yv);
+        x.RequireDims(1);
         y.RequireDims(1);
+        const std::int32_t n = xv.sizes[0];
         const std::int32_t m = std::min(n, yv.sizes[0]);
         if (m > 0x3FFFFFFF) throw std::bad_alloc();
         GenericResult z(xv.type, {2 * m});
@@ -413,6 +413,8 @@ void Interleave1D(Call& c) {
         z.Return(c);
         return;
     }
+    x.RequireDims(1);
+    const std::int32_t n = xv.sizes[0];
     ArgScalar count(c.In(1));
     const std::int32_t k = count.Int();
     if (k < 1) ThrowAnalysisStatus(kErrSamplesBelowOne);
@@ -524,10 +526,10 @@ void ReshapeArray(Call& c) {
 // numeric elements and a string matches string elements.
 void SearchArray(Call& c) {
     ArgArray x(c.In(0));
-    x.RequireDims(1);
     const ElementView v = ViewOf(x);
-    const std::int32_t n = v.sizes[0];
     if (HoldsArray(c.In(1))) ThrowAnalysisStatus(kErrDataType);
+    x.RequireDims(1);
+    const std::int32_t n = v.sizes[0];
     std::int32_t start = 0;
     if (!c.IsMissing(2)) {
         ArgScalar scalar(c.In(2));

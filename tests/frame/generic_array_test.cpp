@@ -328,6 +328,8 @@ TEST_F(GenericArray, ChecksComeFirstWithTheirStatuses) {
         {"subset 1-D, Index2", L"SubsetArray", {v3, Var(0), Var(1), Var(0)}, 0, VnError(20008), msg::kShape},
         {"interleave types", L"Interleave1D", {v3, TypedArray(VT_R4, {1})}, 0, VnError(30104), kMixed},
         {"interleave 2-D", L"Interleave1D", {m, v3}, 0, VnError(20008), msg::kShape},
+        {"types before shapes", L"Interleave1D", {m, TypedArray(VT_R4, {1})}, 0, VnError(30104), kMixed},
+        {"Element's type before x's shape", L"SearchArray", {m, v3}, 0, VnError(30100), kType},
         {"de-interleave 0", L"Interleave1D", {v3, Var(0)}, 0, VnError(20003), msg::kSamples},
         {"de-interleave > n", L"Interleave1D", {v3, Var(4)}, 0, VnError(20008), msg::kShape},
         {"build types", L"BuildArray", {Typed(VT_I2, 1), Var(2.5)}, 0, VnError(30104), kMixed},
