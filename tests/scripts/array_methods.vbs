@@ -111,6 +111,7 @@ For i = 0 To n - 1
 Next
 Check "IndexArray loop", total, 15.5
 Check "IndexArray type", TypeName(a.IndexArray(d, 1)), "Double"
+Check "IndexArray of a numeric result", a.IndexArray(a.Sort1D(d, 1), 0), 8
 Check "SearchArray", a.SearchArray(d, 4), 2
 Check "SearchArray from 3", a.SearchArray(d, 4, 3), -1
 z = a.Interleave1D(Array(1, 2, 3), Array(10, 20, 30))
