@@ -169,7 +169,7 @@ TEST_F(GenericArray, EveryElementTypeFollowsTheHostsIndices) {
         }
 
         // Reshaping keeps storage order, so 6 and back to 2-by-3 is the
-        // original with lower bounds 0.
+        // input array with lower bounds 0.
         Var flat = Ok(L"ReshapeArray", {x, Var(6)});
         EXPECT_EQ(ElementType(flat), type);
         Var back = Ok(L"ReshapeArray", {flat, Var(2), Var(3)});
