@@ -60,6 +60,9 @@ public:
     LONG LowerBound(int i) const;
     std::int32_t Count() const override;
     VARTYPE ElementType() const { return elementType_; }
+    // The locked safe array (null when none): the generic shape methods copy
+    // its elements without converting them.
+    const SAFEARRAY* Locked() const { return array_; }
 
     double* AsDouble() override;
     std::int32_t* AsInt32() override;

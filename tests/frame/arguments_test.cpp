@@ -167,11 +167,6 @@ TEST_F(Arguments, DispatchRules) {
     EXPECT_EQ(ids[1], DISPID_UNKNOWN);
 }
 
-TEST_F(Arguments, NotYetBuiltMethodsAnswerNotImplemented) {
-    Var x = DoubleArray({1, 2});
-    EXPECT_EQ(array_.Call(L"ArrayDims", {x.get()}).hr, E_NOTIMPL);
-}
-
 }  // namespace
 
 namespace {

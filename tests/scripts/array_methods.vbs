@@ -97,6 +97,34 @@ a.ClearArray v
 Check "ClearArray", a.SumArray(v), 0
 Check "date string element", a.SumArray(Array("12:00:00", 1)), 1.5
 
+' A list of numbers as an array of doubles, read back element by element.
+Dim d, n, i, total, sizes, parts
+d = a.CopyArray(Array(1, 2.5, "4"))     ' an array of doubles: 1, 2.5, 4
+d = a.BuildArray(d, CDbl(8))            ' one more double (CDbl: VBScript's 8 is an Integer)
+sizes = a.ArrayDimSizes(d)              ' an array of variants, indexable here
+n = sizes(0)
+Check "ArrayDimSizes", n, 4
+Check "ArrayDims", a.ArrayDims(d), 1
+total = 0
+For i = 0 To n - 1
+    total = total + a.IndexArray(d, i)
+Next
+Check "IndexArray loop", total, 15.5
+Check "IndexArray type", TypeName(a.IndexArray(d, 1)), "Double"
+Check "IndexArray of a numeric result", a.IndexArray(a.Sort1D(d, 1), 0), 8
+Check "SearchArray", a.SearchArray(d, 4), 2
+Check "SearchArray from 3", a.SearchArray(d, 4, 3), -1
+z = a.Interleave1D(Array(1, 2, 3), Array(10, 20, 30))
+Check "Interleave1D", a.IndexArray(z, 1), 10
+parts = a.Interleave1D(z, 2)
+Check "de-interleave", a.SumArray(a.IndexArray(parts, 1)), 60
+Check "ConcatenateArray of strings", a.IndexArray(a.ConcatenateArray(Array("a", "b"), Array("c")), 2), "c"
+Check "BuildArray into variants", a.IndexArray(a.BuildArray(Array("a", 2), 3.5), 2), 3.5
+' m's storage runs 1, 4, 2, 9, 3, 6 (first index fastest).
+Check "IndexArray of a matrix", a.IndexArray(m, 1, 2), 6
+Check "SubsetArray of a matrix", a.SumArray(a.SubsetArray(m, 0, 2, 1, 2)), 2 + 3 + 9 + 6
+Check "ReshapeArray", a.IndexArray(a.ReshapeArray(m, 3, 2), 1, 1), 3
+
 On Error Resume Next
 z = a.AddArray(x, 5)
 CheckError "scalar for array", 30103, "The argument is not  an array."
@@ -112,6 +140,10 @@ z = a.Subset1D(x, 2, 4)
 CheckError "Subset1D", 20018, "The following condition must be met:  0 <= (index + length) < samples."
 z = a.Sort1D(m, 0)
 CheckError "Sort1D of a matrix", 20008, "The input arrays do not contain the correct number of data values for this function."
+z = a.BuildArray(1, 2.5)
+CheckError "BuildArray of two types", 30104, "The input parameters must all contain the same data type."
+z = a.IndexArray(d, 4)
+CheckError "IndexArray past the end", 20017, "The following condition must be met:  0 <= index < samples."
 mx = "unchanged"
 a.MaxMin1D Array(), mx, imx, mn, imn
 CheckError "MaxMin1D of nothing", 20003, "The number of samples must be >0."
