@@ -2,6 +2,9 @@
 // Included by the resource script and by the frame.
 #pragma once
 
+// The module's own icon: the DLL file's (lowest id) and the About box's.
+#define IDI_MODULE 99
+
 // Icon and toolbox bitmap of control k (0 VNArray .. 4 VNDSP, registration
 // order) are IDI_CONTROL_FIRST + k and IDB_TOOLBOX_FIRST + k.
 #define IDI_CONTROL_FIRST 100

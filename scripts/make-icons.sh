@@ -9,14 +9,16 @@ trap 'rm -rf "$tmp"' EXIT
 # The background colour is what the container test looks for in a
 # design-time drawing; keep tests/frame/ole_container_test.cpp in step.
 background='#1d4f91'
-for pair in VNArray:A VNComplex:C VNMatrix:M VNStat:S VNDSP:D; do
+# The module's own icon (the file's, and the About box's) reads "VN".
+for pair in VNMATH:VN VNArray:A VNComplex:C VNMatrix:M VNStat:S VNDSP:D; do
   name=${pair%%:*} letter=${pair##*:}
   for size in 32 16; do
     convert -size ${size}x${size} xc:"$background" -fill white -font DejaVu-Sans-Bold \
-      -pointsize $((size * 11 / 16)) -gravity center -annotate +0+0 "$letter" \
+      -pointsize $((size * 11 / 16 / ${#letter})) -gravity center -annotate +0+0 "$letter" \
       -define png:color-type=6 "$tmp/$name-$size.png"
   done
   convert "$tmp/$name-32.png" "$tmp/$name-16.png" "$out/$name.ico"
+  [ "$name" = VNMATH ] && continue
   convert -size 16x15 xc:"$background" -fill white -font DejaVu-Sans-Bold -pointsize 11 -gravity center \
     -annotate +0+0 "$letter" -type TrueColor BMP3:"$out/$name.bmp"
 done
