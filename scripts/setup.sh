@@ -6,7 +6,7 @@ set -u
 
 packages=(cmake make g++ googletest libgtest-dev libeigen3-dev libbenchmark-dev
           g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools
-          wine wine64 libwine-dev)
+          wine wine64 libwine-dev xvfb xauth imagemagick)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
