@@ -510,6 +510,16 @@ TEST_F(OleContainer, WindowedActivationHidesTheWindowAtRunTime) {
         EXPECT_EQ(GetParent(window), parent);
         EXPECT_EQ(IsWindowVisible(window) != FALSE, !userMode && IsWindowVisible(parent));
         EXPECT_EQ((GetWindowLongW(window, GWL_STYLE) & WS_VISIBLE) != 0, !userMode);
+        // A designer switching between design and run mode tells the
+        // control through the ambient UserMode.
+        Ptr<IOleControl> control;
+        ASSERT_EQ(object->QueryInterface(IID_IOleControl, control.outv()), S_OK);
+        site.userMode = !userMode;
+        EXPECT_EQ(control->OnAmbientPropertyChange(DISPID_AMBIENT_USERMODE), S_OK);
+        EXPECT_EQ((GetWindowLongW(window, GWL_STYLE) & WS_VISIBLE) != 0, userMode);
+        site.userMode = userMode;
+        EXPECT_EQ(control->OnAmbientPropertyChange(DISPID_UNKNOWN), S_OK);
+        EXPECT_EQ((GetWindowLongW(window, GWL_STYLE) & WS_VISIBLE) != 0, !userMode);
         RECT moved = {5, 6, 45, 56};
         EXPECT_EQ(inPlace->SetObjectRects(&moved, &moved), S_OK);
         RECT now = {};
