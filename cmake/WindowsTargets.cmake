@@ -26,19 +26,29 @@ add_custom_command(
 
 set(VN_STATIC_RUNTIME -static -static-libgcc -static-libstdc++)
 
+file(GLOB VN_ICON_FILES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/icons/*)
 file(GLOB VN_FRAME_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/frame/*.cpp)
 set_source_files_properties(${CMAKE_SOURCE_DIR}/resources/VNMATH.rc PROPERTIES
-  OBJECT_DEPENDS "${VN_GEN}/VNMATH.tlb;${CMAKE_SOURCE_DIR}/resources/messages.rc;${CMAKE_SOURCE_DIR}/resources/strings.rc")
+  OBJECT_DEPENDS "${VN_GEN}/VNMATH.tlb;${CMAKE_SOURCE_DIR}/resources/messages.rc;${CMAKE_SOURCE_DIR}/resources/strings.rc;${CMAKE_SOURCE_DIR}/resources/resource_ids.h;${VN_ICON_FILES}")
 set_source_files_properties(${VN_GEN}/VNMATH.tlb PROPERTIES HEADER_FILE_ONLY ON GENERATED ON)
 add_library(VNMATH SHARED ${VN_FRAME_SOURCES} ${VN_GEN}/VNMATH_i.c ${VN_GEN}/VNMATH.tlb ${VN_GEN}/VNMATH_h.h
             ${CMAKE_SOURCE_DIR}/resources/VNMATH.rc ${CMAKE_SOURCE_DIR}/frame/VNMATH.def)
 set_target_properties(VNMATH PROPERTIES PREFIX "" OUTPUT_NAME VNMATH)
 target_include_directories(VNMATH PRIVATE ${CMAKE_SOURCE_DIR} ${VN_GEN} ${CMAKE_SOURCE_DIR}/resources)
 target_compile_definitions(VNMATH PRIVATE WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE)
-target_link_libraries(VNMATH PRIVATE vnanalysis oleaut32 ole32 uuid advapi32 user32 ${VN_STATIC_RUNTIME})
+target_link_libraries(VNMATH PRIVATE vnanalysis oleaut32 ole32 uuid advapi32 user32 gdi32 ${VN_STATIC_RUNTIME})
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "i686")
   target_link_options(VNMATH PRIVATE -Wl,--kill-at)
 endif()
+
+# The assembly manifest for registration-free use, next to the DLL.
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+  set(VN_MANIFEST_ARCH amd64)
+else()
+  set(VN_MANIFEST_ARCH x86)
+endif()
+set(VN_MANIFEST_MISC "recomposeonresize,cantlinkinside,insideout,activatewhenvisible,invisibleatruntime,actslikelabel,setclientsitefirst")
+configure_file(${CMAKE_SOURCE_DIR}/resources/VNAnalysisControls.manifest.in ${CMAKE_BINARY_DIR}/VNAnalysisControls.manifest @ONLY)
 
 if(VN_BUILD_TESTS)
   enable_testing()

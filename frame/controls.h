@@ -21,6 +21,7 @@ struct ControlClass {
     const DispatchTable& (*table)();
     const wchar_t* name;         // "VNArray"
     const wchar_t* description;  // registry display name
+    const IID* eventIid;         // its empty event interface, _DVN<name>Events
 };
 
 // The controls in registration order.

@@ -202,170 +202,108 @@ void Call::Commit(VARIANT* result) {
     }
 }
 
-// ----------------------------------------------------------------- Control
+// ------------------------------------------------------------- dispatching
+
+HRESULT TypeInfoOfGuid(REFGUID guid, ITypeInfo** info) {
+    if (!info) return E_POINTER;
+    *info = nullptr;
+    ITypeLib* library = nullptr;
+    HRESULT hr = GetModuleTypeLib(&library);
+    if (FAILED(hr)) return hr;
+    hr = library->GetTypeInfoOfGuid(guid, info);
+    library->Release();
+    return hr;
+}
+
+HRESULT DispatchGetIDsOfNames(const DispatchTable& table, REFIID iid, LPOLESTR* names, UINT count, DISPID* ids) {
+    if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+    if (!names || !ids) return E_POINTER;
+    if (count == 0) return S_OK;
+    const MethodRow* row = nullptr;
+    for (int r = 0; r < table.rowCount && names[0]; ++r)
+        if (SameName(names[0], table.rows[r].name)) row = &table.rows[r];
+    HRESULT hr = S_OK;
+    ids[0] = row ? row->id : DISPID_UNKNOWN;
+    if (!row) hr = DISP_E_UNKNOWNNAME;
+    for (UINT k = 1; k < count; ++k) {
+        ids[k] = DISPID_UNKNOWN;
+        for (int p = 0; row && names[k] && p < row->paramCount; ++p)
+            if (SameName(names[k], row->params[p].name)) ids[k] = p;
+        if (ids[k] == DISPID_UNKNOWN) hr = DISP_E_UNKNOWNNAME;
+    }
+    return hr;
+}
 
 namespace {
 
-class Control final : public IDispatch, public IProvideClassInfo {
-public:
-    explicit Control(const DispatchTable& table) : table_(table) { AddModuleRef(); }
-    ~Control() { ReleaseModuleRef(); }
-
-    // IUnknown
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (!object) return E_POINTER;
-        if (IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch) ||
-            IsEqualIID(iid, *table_.dispatchIid)) {
-            *object = static_cast<IDispatch*>(this);
-        } else if (IsEqualIID(iid, IID_IProvideClassInfo)) {
-            *object = static_cast<IProvideClassInfo*>(this);
-        } else {
-            *object = nullptr;
-            return E_NOINTERFACE;
+HRESULT InvokeRow(const DispatchTable& table, const MethodRow& row, const DISPPARAMS& params, VARIANT* result,
+                  EXCEPINFO* excep, UINT* argErr) {
+    const int count = static_cast<int>(params.cArgs);
+    const int named = static_cast<int>(params.cNamedArgs);
+    if (count > row.paramCount || named > count) return DISP_E_BADPARAMCOUNT;
+    VARIANT missing;
+    VariantInit(&missing);
+    V_VT(&missing) = VT_ERROR;
+    V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
+    VARIANT* args[64] = {};
+    // Positional arguments arrive last-first after the named ones.
+    const int positional = count - named;
+    for (int k = 0; k < positional; ++k) args[k] = &params.rgvarg[count - 1 - k];
+    for (int k = 0; k < named; ++k) {
+        const DISPID p = params.rgdispidNamedArgs[k];
+        if (p < 0 || p >= row.paramCount || args[p]) {
+            if (argErr) *argErr = static_cast<UINT>(k);
+            return DISP_E_PARAMNOTFOUND;
         }
-        AddRef();
+        args[p] = &params.rgvarg[k];
+    }
+    for (int p = 0; p < row.paramCount; ++p) {
+        if (args[p]) continue;
+        if (row.params[p].kind != ParamKind::Opt) return named ? DISP_E_PARAMNOTOPTIONAL : DISP_E_BADPARAMCOUNT;
+        args[p] = &missing;
+    }
+    if (!row.handler) return E_NOTIMPL;
+    if (result) VariantInit(result);
+
+    HRESULT code = S_OK;
+    std::string description;
+    bool hasDescription = false;
+    try {
+        FpuGuard guard;
+        Call call(row, args);
+        row.handler(call);
+        call.Commit(result);
         return S_OK;
+    } catch (const AutomationError& e) {
+        code = e.code;
+        description = e.description;
+        hasDescription = e.hasDescription;
+    } catch (const std::bad_alloc&) {
+        code = E_OUTOFMEMORY;
+    } catch (...) {
+        code = E_UNEXPECTED;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const LONG refs = InterlockedDecrement(&refs_);
-        if (refs == 0) delete this;
-        return static_cast<ULONG>(refs);
-    }
-
-    // IDispatch
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-        if (!count) return E_POINTER;
-        *count = 1;
-        return S_OK;
-    }
-
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
-        if (!info) return E_POINTER;
-        *info = nullptr;
-        if (index != 0) return DISP_E_BADINDEX;
-        return TypeInfoOf(*table_.dispatchIid, info);
-    }
-
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID,
-                                            DISPID* ids) override {
-        if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
-        if (!names || !ids) return E_POINTER;
-        if (count == 0) return S_OK;
-        const MethodRow* row = nullptr;
-        for (int r = 0; r < table_.rowCount && names[0]; ++r)
-            if (SameName(names[0], table_.rows[r].name)) row = &table_.rows[r];
-        HRESULT hr = S_OK;
-        ids[0] = row ? row->id : DISPID_UNKNOWN;
-        if (!row) hr = DISP_E_UNKNOWNNAME;
-        for (UINT k = 1; k < count; ++k) {
-            ids[k] = DISPID_UNKNOWN;
-            for (int p = 0; row && names[k] && p < row->paramCount; ++p)
-                if (SameName(names[k], row->params[p].name)) ids[k] = p;
-            if (ids[k] == DISPID_UNKNOWN) hr = DISP_E_UNKNOWNNAME;
-        }
-        return hr;
-    }
-
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* params,
-                                     VARIANT* result, EXCEPINFO* excep, UINT* argErr) override {
-        if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
-        const MethodRow* row = nullptr;
-        for (int r = 0; r < table_.rowCount; ++r)
-            if (table_.rows[r].id == id) row = &table_.rows[r];
-        if (!row) return DISP_E_MEMBERNOTFOUND;
-        if (!(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET))) return DISP_E_MEMBERNOTFOUND;
-        DISPPARAMS none = {nullptr, nullptr, 0, 0};
-        if (!params) params = &none;
-        return InvokeRow(*row, *params, result, excep, argErr);
-    }
-
-    // IProvideClassInfo
-    HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) override {
-        if (!info) return E_POINTER;
-        *info = nullptr;
-        return TypeInfoOf(*table_.clsid, info);
-    }
-
-private:
-    static HRESULT TypeInfoOf(REFGUID guid, ITypeInfo** info) {
-        ITypeLib* library = nullptr;
-        HRESULT hr = GetModuleTypeLib(&library);
-        if (FAILED(hr)) return hr;
-        hr = library->GetTypeInfoOfGuid(guid, info);
-        library->Release();
-        return hr;
-    }
-
-    HRESULT InvokeRow(const MethodRow& row, const DISPPARAMS& params, VARIANT* result, EXCEPINFO* excep,
-                      UINT* argErr) {
-        const int count = static_cast<int>(params.cArgs);
-        const int named = static_cast<int>(params.cNamedArgs);
-        if (count > row.paramCount || named > count) return DISP_E_BADPARAMCOUNT;
-        VARIANT missing;
-        VariantInit(&missing);
-        V_VT(&missing) = VT_ERROR;
-        V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
-        VARIANT* args[64] = {};
-        // Positional arguments arrive last-first after the named ones.
-        const int positional = count - named;
-        for (int k = 0; k < positional; ++k) args[k] = &params.rgvarg[count - 1 - k];
-        for (int k = 0; k < named; ++k) {
-            const DISPID p = params.rgdispidNamedArgs[k];
-            if (p < 0 || p >= row.paramCount || args[p]) {
-                if (argErr) *argErr = static_cast<UINT>(k);
-                return DISP_E_PARAMNOTFOUND;
-            }
-            args[p] = &params.rgvarg[k];
-        }
-        for (int p = 0; p < row.paramCount; ++p) {
-            if (args[p]) continue;
-            if (row.params[p].kind != ParamKind::Opt) return named ? DISP_E_PARAMNOTOPTIONAL : DISP_E_BADPARAMCOUNT;
-            args[p] = &missing;
-        }
-        if (!row.handler) return E_NOTIMPL;
-        if (result) VariantInit(result);
-
-        HRESULT code = S_OK;
-        std::string description;
-        bool hasDescription = false;
-        try {
-            FpuGuard guard;
-            Call call(row, args);
-            row.handler(call);
-            call.Commit(result);
-            return S_OK;
-        } catch (const AutomationError& e) {
-            code = e.code;
-            description = e.description;
-            hasDescription = e.hasDescription;
-        } catch (const std::bad_alloc&) {
-            code = E_OUTOFMEMORY;
-        } catch (...) {
-            code = E_UNEXPECTED;
-        }
-        if (!excep) return code;
-        std::memset(excep, 0, sizeof *excep);
-        excep->scode = code;
-        excep->bstrSource = SysAllocString(table_.progId);
-        if (hasDescription) excep->bstrDescription = ToBstr(description);
-        return DISP_E_EXCEPTION;
-    }
-
-    LONG refs_ = 1;
-    const DispatchTable& table_;
-};
+    if (!excep) return code;
+    std::memset(excep, 0, sizeof *excep);
+    excep->scode = code;
+    excep->bstrSource = SysAllocString(table.progId);
+    if (hasDescription) excep->bstrDescription = ToBstr(description);
+    return DISP_E_EXCEPTION;
+}
 
 }  // namespace
 
-HRESULT CreateControl(const DispatchTable& table, REFIID iid, void** object) {
-    if (!object) return E_POINTER;
-    *object = nullptr;
-    Control* control = new (std::nothrow) Control(table);
-    if (!control) return E_OUTOFMEMORY;
-    const HRESULT hr = control->QueryInterface(iid, object);
-    control->Release();
-    return hr;
+HRESULT DispatchInvoke(const DispatchTable& table, DISPID id, REFIID iid, WORD flags, DISPPARAMS* params,
+                       VARIANT* result, EXCEPINFO* excep, UINT* argErr) {
+    if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+    const MethodRow* row = nullptr;
+    for (int r = 0; r < table.rowCount; ++r)
+        if (table.rows[r].id == id) row = &table.rows[r];
+    if (!row) return DISP_E_MEMBERNOTFOUND;
+    if (!(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET))) return DISP_E_MEMBERNOTFOUND;
+    DISPPARAMS none = {nullptr, nullptr, 0, 0};
+    if (!params) params = &none;
+    return InvokeRow(table, *row, *params, result, excep, argErr);
 }
 
 }  // namespace vn

@@ -81,8 +81,17 @@ private:
 };
 
 
-// Creates an instance of a control (the COM object) for a dispatch table.
+// Creates an instance of a control (the COM object, frame/ole_control.cpp)
+// for a dispatch table.
 HRESULT CreateControl(const DispatchTable& table, REFIID iid, void** object);
+
+// The IDispatch half of every control: names to identifiers (parameter
+// names give their 0-based positions) and the method path of a call.
+HRESULT DispatchGetIDsOfNames(const DispatchTable& table, REFIID iid, LPOLESTR* names, UINT count, DISPID* ids);
+HRESULT DispatchInvoke(const DispatchTable& table, DISPID id, REFIID iid, WORD flags, DISPPARAMS* params,
+                       VARIANT* result, EXCEPINFO* excep, UINT* argErr);
+// A type description of the module's type library by its GUID.
+HRESULT TypeInfoOfGuid(REFGUID guid, ITypeInfo** info);
 
 // Object count of the module, for DllCanUnloadNow.
 LONG LiveObjectCount();

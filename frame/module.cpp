@@ -10,6 +10,8 @@
 #include "VNMATH_h.h"
 #include "frame/dispatch.h"
 #include "frame/errors.h"
+#include "frame/ole_control.h"
+#include "resource_ids.h"
 
 #include <windows.h>
 #include <olectl.h>
@@ -19,11 +21,11 @@
 namespace vn {
 
 const ControlClass kControlClasses[5] = {
-    {&CVNArrayCtrl::Table, L"VNArray", L"VNArray Control"},
-    {&CVNComplexCtrl::Table, L"VNComplex", L"VNComplex Control"},
-    {&CVNMatrixCtrl::Table, L"VNMatrix", L"VNMatrix Control"},
-    {&CVNStatCtrl::Table, L"VNStat", L"VNStat Control"},
-    {&CVNDSPCtrl::Table, L"VNDSP", L"VNDSP Control"},
+    {&CVNArrayCtrl::Table, L"VNArray", L"VNArray Control", &DIID__DVNArrayEvents},
+    {&CVNComplexCtrl::Table, L"VNComplex", L"VNComplex Control", &DIID__DVNComplexEvents},
+    {&CVNMatrixCtrl::Table, L"VNMatrix", L"VNMatrix Control", &DIID__DVNMatrixEvents},
+    {&CVNStatCtrl::Table, L"VNStat", L"VNStat Control", &DIID__DVNStatEvents},
+    {&CVNDSPCtrl::Table, L"VNDSP", L"VNDSP Control", &DIID__DVNDSPEvents},
 };
 
 namespace {
@@ -104,9 +106,6 @@ constexpr const wchar_t* kCategories[] = {
     L"{7DD95801-9882-11CF-9FA9-00AA006C42C4}",  // safe for scripting
     L"{7DD95802-9882-11CF-9FA9-00AA006C42C4}",  // safe for initialising
 };
-// Invisible at run time, activate when visible, set client site first,
-// inside-out, cannot link inside, recompose on resize.
-constexpr const wchar_t* kMiscStatus = L"132497";
 
 class Registry {
 public:
@@ -209,7 +208,8 @@ HRESULT RegisterAll(bool perUser) {
     ok(reg.Set(lib + L"\\FLAGS", nullptr, L"2"));  // a control's library
     ok(reg.Set(lib + L"\\HELPDIR", nullptr, folder));
 
-    for (const ControlClass& c : kControlClasses) {
+    for (int k = 0; k < 5; ++k) {
+        const ControlClass& c = kControlClasses[k];
         const DispatchTable& table = c.table();
         const std::wstring clsid = GuidText(*table.clsid);
         const std::wstring key = L"CLSID\\" + clsid;
@@ -222,7 +222,12 @@ HRESULT RegisterAll(bool perUser) {
         ok(reg.Set(key + L"\\Version", nullptr, kLibraryVersion));
         ok(reg.CreateKey(key + L"\\Control"));
         ok(reg.Set(key + L"\\MiscStatus", nullptr, L"0"));
-        ok(reg.Set(key + L"\\MiscStatus\\1", nullptr, kMiscStatus));
+        ok(reg.Set(key + L"\\MiscStatus\\1", nullptr, std::to_wstring(kControlMiscStatus)));
+        // What a form designer shows: the toolbox picture (a bitmap resource
+        // id) and the icon (a negative value is a resource id, not an index).
+        ok(reg.Set(key + L"\\ToolboxBitmap32", nullptr, path + L", " + std::to_wstring(IDB_TOOLBOX_FIRST + k)));
+        ok(reg.Set(key + L"\\DefaultIcon", nullptr, path + L",-" + std::to_wstring(IDI_CONTROL_FIRST + k)));
+        ok(reg.CreateKey(key + L"\\Insertable"));
         for (const wchar_t* category : kCategories) ok(reg.CreateKey(key + L"\\Implemented Categories\\" + category));
 
         ok(reg.Set(ProgId(c, true), nullptr, c.description));
@@ -336,7 +341,10 @@ extern "C" HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, 
 }
 
 extern "C" HRESULT STDAPICALLTYPE DllCanUnloadNow() {
-    return vn::LiveObjectCount() == 0 && vn::g_locks == 0 ? S_OK : S_FALSE;
+    if (vn::LiveObjectCount() != 0 || vn::g_locks != 0) return S_FALSE;
+    // No control is alive, so no control window either.
+    vn::ReleaseControlWindowClass();
+    return S_OK;
 }
 
 extern "C" HRESULT STDAPICALLTYPE DllRegisterServer() {
