@@ -124,7 +124,10 @@ int main(int argc, char** argv) {
         std::printf("%-9s", s.name);
         if (s.model == Model::Polynomial) {
             const AnalysisStatus st = PolynomialFit(s.x.data(), s.y.data(), n, s.degree, z.data(), b.data(), &mse);
-            std::printf(st < 0 ? " %7s" : " %7.1f", st < 0 ? "fail" : "", Digits(b, s.b));
+            if (st < 0)
+                std::printf(" %7s", "fail");
+            else
+                std::printf(" %7.1f", Digits(b, s.b));
         } else {
             std::printf(" %7s", "-");
         }
