@@ -15,7 +15,10 @@ namespace vn {
 
 namespace {
 
-// Correction steps after the first solution of codes 0-3.
+// Correction steps after the first solution of codes 0-3. Each gains about
+// -log10(cond(scaled A) * 2^-52) digits; three carry a scaled condition
+// number up to about 1e11 (degree 10 on Filip's data) to the solution's own
+// accuracy, and cost less than the factorisation.
 constexpr int kRefinementSteps = 3;
 
 // Doubles of scratch, or null when the count (or its byte size on a 32-bit

@@ -65,7 +65,10 @@ AnalysisStatus ExponentialFit(const double* x, double* y, std::int32_t n, double
 
 // Polynomial z = sum coef[j] * x^j, j = 0 .. order, through
 // GeneralLeastSquares with code kFitSvd and unit weights (so its warning for a
-// rank-deficient design, e.g. repeated x, passes through). Checks: n < 1
+// rank-deficient design, e.g. repeated x, passes through). Its correction
+// steps take their residuals from the powers of x carried in two doubles
+// rather than from their rounded copies in the design matrix, so it reaches
+// the least-squares solution of the exact power basis. Checks: n < 1
 // (-20003), order < 0 (-20103), n <= order (-20037); scratch n*(order+1).
 AnalysisStatus PolynomialFit(const double* x, const double* y, std::int32_t n, std::int32_t order, double* z,
                              double* coef, double* mse);
