@@ -16,21 +16,31 @@ namespace vn {
 constexpr std::int32_t kMaxFitParameters = 90;
 
 // Factorisations of GeneralLeastSquares. Codes 0-3 scale row i of H and y by
-// 1/stdDev[i] and factor that copy A (n-by-k); codes 4 and 5 form the normal
-// equations H^T W H b = H^T W y with W = diag(1/stdDev[i]^2). All six give the
-// same b to rounding when H has full column rank and is well conditioned;
-// they differ in cost, in how much of the condition number they square, and
-// in what they do with a rank-deficient H.
+// 1/stdDev[i], then scale every column of that copy by a power of two that
+// brings its 2-norm into [1/4, 1) (exact, and undone exactly afterwards), and
+// factor the result A (n-by-k); after the first solution they take two
+// correction steps from the residual (summed in twice the working precision)
+// with the same factorisation. Codes 4 and 5 form the normal equations
+// H^T W H b = H^T W y with W = diag(1/stdDev[i]^2) from H as given. All six
+// give the same b to rounding when H has full column rank and is well
+// conditioned; they differ in cost, in how much of the condition number they
+// square, and in what they do with a rank-deficient H.
 enum : std::int32_t {
-    // Thin SVD A = U S V^T; b = V S^+ U^T y, dropping singular values at or
-    // below max(n, k) * s[0] * 2^-52. Rank-deficient A gives the minimum-norm
-    // solution and the warning kWarnRankDeficient; covar = V (S^+)^2 V^T.
+    // Thin SVD A = U S V^T; b = V S^+ U^T y, dropping singular values of the
+    // column-scaled A at or below max(n, k) * s[0] * 2^-52. Rank-deficient A
+    // gives the minimum-norm solution (in the scaled unknowns) and the
+    // warning kWarnRankDeficient; covar = V (S^+)^2 V^T, scaled back.
     kFitSvd = 0,
-    // Householder QR A = Q R; R b = Q^T y. covar = R^-1 R^-T.
+    // Householder QR A = Q R, Q kept as reflectors; R b = Q^T y. A diagonal
+    // of R at or below max(n, k) * max|R_jj| * 2^-52 is -20041.
+    // covar = R^-1 R^-T, scaled back.
     kFitHouseholder = 1,
-    // QR by Givens rotations applied row by row to A and y; then as code 1.
+    // QR by Givens rotations applied row by row to A (and kept, for y and the
+    // residuals); then as code 1. Needs a third n-by-k block of scratch.
     kFitGivens = 2,
-    // Cholesky factor of A^T A (packed); covar from the same factor.
+    // Cholesky factor of A^T A (packed); covar from the same factor. Squares
+    // the condition number of the scaled A, so it refuses (-20041) designs
+    // that codes 0-2 still solve.
     kFitCholesky = 3,
     // LU solution of the normal equations; covar = (H^T W H)^-1 by InvMatrix.
     kFitNormalLU = 4,
@@ -55,7 +65,10 @@ AnalysisStatus ExponentialFit(const double* x, double* y, std::int32_t n, double
 
 // Polynomial z = sum coef[j] * x^j, j = 0 .. order, through
 // GeneralLeastSquares with code kFitSvd and unit weights (so its warning for a
-// rank-deficient design, e.g. repeated x, passes through). Checks: n < 1
+// rank-deficient design, e.g. repeated x, passes through). Its correction
+// steps take their residuals from the powers of x carried in two doubles
+// rather than from their rounded copies in the design matrix, so it reaches
+// the least-squares solution of the exact power basis. Checks: n < 1
 // (-20003), order < 0 (-20103), n <= order (-20037); scratch n*(order+1).
 AnalysisStatus PolynomialFit(const double* x, const double* y, std::int32_t n, std::int32_t order, double* z,
                              double* coef, double* mse);
@@ -66,8 +79,9 @@ AnalysisStatus PolynomialFit(const double* x, const double* y, std::int32_t n, s
 // stdDev may be null (unit weights). Checks, in order: n < 1 (-20003),
 // k > n (-20037), k < 1 or k > 90 (-20021), algorithm outside 0..5 (-20061),
 // scratch (-20001), a standard deviation that is not positive (-20035).
-// A singular system is -20041 for codes 1-5 (code 0 answers it with the
-// minimum-norm solution and +20001). Outputs are written only on success
+// Codes 0-3 answer -20999 when H divided by the deviations holds an infinity
+// or NaN. A singular system is -20041 for codes 1-5 (code 0 answers it with
+// the minimum-norm solution and +20001). Outputs are written only on success
 // (a status >= 0).
 AnalysisStatus GeneralLeastSquares(const double* h, std::int32_t n, std::int32_t k, const double* y,
                                    const double* stdDev, std::int32_t algorithm, double* z, double* b,

@@ -2,10 +2,14 @@
 // of variance and contingency tables — output slots, shapes and types, the
 // host's arrays left alone, optional weights, and automation errors.
 #include "client.h"
+#include "tests/analysis/stat/strd_linear_data.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -117,6 +121,43 @@ TEST_F(FitMethods, GeneralLeastSquaresWeightsAndShapes) {
         {"one row", L"ContingencyTable", {DoubleMatrix(1, 3, {1, 2, 3}), o, o}, 2, E(20055), nullptr},
     };
     ExpectFailures(stat_, rows, kSource);
+}
+
+// Two certified reference problems through the DLL: the kernels are the same
+// code as natively, so this checks that the digits survive the trip (and
+// the 53-bit x87 start-up of a Windows host).
+TEST_F(FitMethods, CertifiedReferenceProblemsKeepTheirDigits) {
+    auto set = [](const char* name) -> const vn::strd::LinearSet& {
+        for (const auto& s : vn::strd::LinearSets())
+            if (std::strcmp(s.name, name) == 0) return s;
+        throw std::out_of_range(name);
+    };
+    auto digits = [](const std::vector<double>& est, const std::vector<double>& cert) {
+        double worst = 15;
+        for (std::size_t j = 0; j < cert.size() && j < est.size(); ++j) {
+            const double err = std::fabs(est[j] - cert[j]) / std::fabs(cert[j]);
+            worst = std::min(worst, err == 0 ? 15 : std::isfinite(err) ? -std::log10(err) : 0.0);
+        }
+        return est.size() == cert.size() ? worst : 0.0;
+    };
+    // PolyFit, degree 10 on Filip.
+    const vn::strd::LinearSet& filip = set("Filip");
+    Var z, coef, mse;
+    ASSERT_TRUE(CallWith(stat_, L"PolyFit", {DoubleArray(filip.x), DoubleArray(filip.y), Var(10), RefTo(z), RefTo(coef),
+                                        RefTo(mse)}).ok());
+    EXPECT_GE(digits(Doubles(coef), filip.b), 13.5);
+    // GenLSFit, Givens, on Longley's design [1, x1 .. x6].
+    const vn::strd::LinearSet& longley = set("Longley");
+    const int n = static_cast<int>(longley.y.size());
+    std::vector<double> h;
+    for (int i = 0; i < n; ++i) {
+        h.push_back(1);
+        h.insert(h.end(), longley.x.begin() + 6 * i, longley.x.begin() + 6 * i + 6);
+    }
+    Var b, covar;
+    ASSERT_TRUE(CallWith(stat_, L"GenLSFit", {DoubleMatrix(n, 7, h), DoubleArray(longley.y), Missing(), Var(2), RefTo(z),
+                                         RefTo(b), RefTo(covar), RefTo(mse)}).ok());
+    EXPECT_GE(digits(Doubles(b), longley.b), 14.0);
 }
 
 TEST_F(FitMethods, AnalysisOfVarianceAndContingency) {

@@ -305,5 +305,31 @@ TEST(GeneralLeastSquares, RankDeficientDesign) {
     }
 }
 
+// An infinite or NaN entry of H, or one that overflows when divided by its
+// deviation, is refused by every factorising code before any output is
+// written.
+TEST(GeneralLeastSquares, NonFiniteDesignIsRefused) {
+    const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+    struct Row {
+        const char* name;
+        double entry, sd;
+    };
+    const Row rows[] = {{"infinity", inf, 1}, {"NaN", nan, 1}, {"overflow by weight", 1e300, 1e-10}};
+    for (const auto& r : rows) {
+        Vec h{1, 0, 1, 1, 1, 2}, y{1, 2, 3}, sd{1, 1, 1};
+        h[3] = r.entry;
+        sd[1] = r.sd;
+        for (int code = 0; code <= 3; ++code) {
+            SCOPED_TRACE(std::string(r.name) + " code " + std::to_string(code));
+            Vec z(3, 7), b(2, 7);
+            double mse = 7;
+            EXPECT_EQ(GeneralLeastSquares(h.data(), 3, 2, y.data(), sd.data(), code, z.data(), b.data(), nullptr, &mse),
+                      kErrAlgorithmFailure);
+            EXPECT_EQ(b, Vec(2, 7));
+            EXPECT_EQ(mse, 7);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vn
