@@ -272,4 +272,127 @@ TEST_F(DspMethods, GeneratorFailures) {
     ExpectFailures(dsp_, rows, kSource);
 }
 
+// --- IIR filters ---------------------------------------------------------------
+//
+// One wiring row per method: each filtering method's impulse response equals
+// IIRFiltering run with the coefficients of the matching *Coef call, and
+// those coefficients have the closed-form gain at the cutoff (Butterworth
+// -3.01 dB, Chebyshev -R dB, inverse Chebyshev -A dB), so a parameter read
+// in the wrong place shows.
+
+double GainDb(const Vec& a, const Vec& b, double f, double fs) {
+    const Cx z1 = std::polar(1.0, -2 * kPi * f / fs);
+    Cx num = 0, den = 0, zk = 1;
+    for (std::size_t k = 0; k < a.size(); ++k, zk *= z1) num += b[k] * zk, den += a[k] * zk;
+    return 20 * std::log10(std::abs(num / den));
+}
+
+TEST_F(DspMethods, IirFiltersAgreeWithTheirCoefficients) {
+    const double fs = 1000, fc = 150, fl = 100, fh = 300, ripple = 0.5, atten = 30;
+    const int n = 64;
+    Vec impulse(n, 0.0);
+    impulse[0] = 1;
+    struct Row {
+        const wchar_t* method;
+        const wchar_t* coef;
+        int type, order;
+        double param, edgeDb;
+    };
+    const double half = -10 * std::log10(2.0);
+    const Row rows[] = {
+        {L"BwLPF", L"BwCoef", 0, 3, 0, half},          {L"BwHPF", L"BwCoef", 1, 4, 0, half},
+        {L"BwBPF", L"BwCoef", 2, 3, 0, half},          {L"BwBSF", L"BwCoef", 3, 2, 0, half},
+        {L"ChLPF", L"ChCoef", 0, 4, ripple, -ripple},  {L"ChHPF", L"ChCoef", 1, 3, ripple, -ripple},
+        // An even-order Chebyshev bandstop ripples between 0 and +R dB: 0 dB
+        // at its edges.
+        {L"ChBPF", L"ChCoef", 2, 3, ripple, -ripple},  {L"ChBSF", L"ChCoef", 3, 2, ripple, 0},
+        {L"InvChLPF", L"InvChCoef", 0, 5, atten, -atten}, {L"InvChHPF", L"InvChCoef", 1, 4, atten, -atten},
+        {L"InvChBPF", L"InvChCoef", 2, 3, atten, -atten}, {L"InvChBSF", L"InvChCoef", 3, 2, atten, -atten},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(Narrow(r.method));
+        const bool band = r.type >= 2;
+        std::vector<Var> args{DoubleArray(impulse), fs};
+        if (band) args.push_back(fl), args.push_back(fh);
+        else args.push_back(fc);
+        if (r.param != 0) args.push_back(r.param);
+        args.push_back(r.order);
+        const Vec y = Gen(r.method, args);
+
+        const int m = band ? 2 * r.order + 1 : r.order + 1;
+        std::vector<Var> cargs{r.type, r.order, fs, band ? fl : fc, band ? fh : 0.0};
+        if (r.param != 0) cargs.push_back(r.param);
+        cargs.push_back(m + 2), cargs.push_back(m), cargs.push_back(Var()), cargs.push_back(Var());
+        const auto coef = Ok(r.coef, cargs, cargs.size() - 2);
+        Vec a = Doubles(coef[coef.size() - 3]), b = Doubles(coef[coef.size() - 2]);
+        ASSERT_EQ(a.size(), std::size_t(m + 2));
+        ASSERT_EQ(b.size(), std::size_t(m));
+        EXPECT_EQ(a[m], 0.0);
+        EXPECT_EQ(a[m + 1], 0.0);
+        a.resize(m);
+        EXPECT_NEAR(GainDb(a, b, band ? fl : fc, fs), r.edgeDb, 1e-7);
+
+        const auto run = Ok(L"IIRFiltering",
+                            {DoubleArray(impulse), DoubleArray(a), DoubleArray(b), DoubleArray(Vec(m - 1, 0.0)),
+                             DoubleArray(Vec(m - 1, 0.0)), Var()},
+                            3);
+        ExpectNear(y, Doubles(run[5]), 1e-12, "filter vs coefficients");
+    }
+}
+
+TEST_F(DspMethods, IirFilteringCarriesItsState) {
+    const Vec a{1, -0.5, 0.25}, b{0.5, 0.25, 0.125, 0.0625};
+    Vec x(10);
+    for (int i = 0; i < 10; ++i) x[i] = std::cos(0.9 * i) + 0.1 * i;
+    const auto whole = Ok(L"IIRFiltering", {DoubleArray(x), DoubleArray(a), DoubleArray(b), DoubleArray({0, 0}),
+                                            DoubleArray({0, 0, 0}), Var()}, 3);
+    const auto first = Ok(L"IIRFiltering", {DoubleArray(Vec(x.begin(), x.begin() + 4)), DoubleArray(a), DoubleArray(b),
+                                            DoubleArray({0, 0}), DoubleArray({0, 0, 0}), Var()}, 3);
+    const auto second = Ok(L"IIRFiltering", {DoubleArray(Vec(x.begin() + 4, x.end())), DoubleArray(a), DoubleArray(b),
+                                             first[3], first[4], Var()}, 3);
+    Vec joined = Doubles(first[5]), tail = Doubles(second[5]);
+    joined.insert(joined.end(), tail.begin(), tail.end());
+    EXPECT_EQ(joined, Doubles(whole[5]));
+    EXPECT_EQ(Doubles(second[4]), (Vec{x[7], x[8], x[9]}));
+    EXPECT_EQ(Doubles(second[3]), Doubles(whole[3]));
+
+    // No a: b alone as an FIR filter, from an empty array or from Empty; y1
+    // is left as it was.
+    Vec fir, xs{1, 2, 3};  // x1 = {1, 2, 3} holds x[-3], x[-2], x[-1]
+    xs.insert(xs.end(), x.begin(), x.end());
+    for (int i = 3; i < 13; ++i) fir.push_back(0.5 * xs[i] + 0.25 * xs[i - 1] + 0.125 * xs[i - 2] + 0.0625 * xs[i - 3]);
+    for (const Var& noA : {EmptyArray(VT_R8), Var()}) {
+        const auto f = Ok(L"IIRFiltering",
+                          {DoubleArray(x), noA, DoubleArray(b), Var(L"untouched"), DoubleArray({1, 2, 3}), Var()}, 3);
+        ExpectNear(Doubles(f[5]), fir, 1e-15, "FIR");
+        EXPECT_EQ(f[3].vt(), VT_BSTR);
+    }
+}
+
+TEST_F(DspMethods, IirFailures) {
+    const wchar_t* const kEdges = L"The following conditions must be met:  0 <= f_low <= f_high <= fs/2.";
+    const wchar_t* const kCut = L"The cut-off frequency, fc, must meet:  0 <= fc <= fs/2.";
+    const wchar_t* const kOrder = L"The order must be > 0.";
+    const Var x = DoubleArray({1, 2, 3}), e = EmptyArray(VT_R8), o;
+    auto E = VnError;
+    const std::vector<Failure> rows = {
+        {"fc = 0", L"BwLPF", {x, 1000.0, 0.0, 2}, 0, E(20023), kEdges},
+        {"fc above fs/2", L"ChHPF", {x, 1000.0, 600.0, 1.0, 2}, 0, E(20020), kCut},
+        {"order", L"InvChBSF", {x, 1000.0, 100.0, 200.0, 30.0, 0}, 0, E(20021), kOrder},
+        {"ripple", L"ChBPF", {x, 1000.0, 100.0, 200.0, 0.0, 2}, 0, E(20024), L"The ripple amplitude must be > 0."},
+        {"no samples", L"BwBSF", {e, 1000.0, 100.0, 200.0, 2}, 0, E(20003), msg::kSamples},
+        {"f_low = 0", L"BwCoef", {2, 2, 1000.0, 0.0, 200.0, 9, 9, o, o}, 2, E(20023), kEdges},
+        {"lowpass at fs/2", L"ChCoef", {0, 2, 1000.0, 500.0, 0.0, 1.0, 9, 9, o, o}, 2, E(20023), kEdges},
+        {"na too small", L"BwCoef", {2, 3, 1000.0, 100.0, 200.0, 6, 9, o, o}, 2, E(20008), msg::kShape},
+        {"type", L"InvChCoef", {4, 2, 1000.0, 100.0, 200.0, 30.0, 9, 9, o, o}, 2, E(20061), msg::kSelection},
+        {"attenuation", L"InvChCoef", {0, 2, 1000.0, 100.0, 0.0, 0.0, 9, 9, o, o}, 2, E(20025),
+         L"The attenuation must be > 0."},
+        {"y1 short", L"IIRFiltering", {x, DoubleArray({1, 0.5, 0.2}), DoubleArray({1}), DoubleArray({0}), e, o}, 3,
+         E(20008), msg::kShape},
+        {"x1 short", L"IIRFiltering", {x, DoubleArray({1}), DoubleArray({1, 1}), e, e, o}, 3, E(20008), msg::kShape},
+        {"empty b", L"IIRFiltering", {x, DoubleArray({1}), e, e, e, o}, 3, E(20003), msg::kSamples},
+    };
+    ExpectFailures(dsp_, rows, kSource);
+}
+
 }  // namespace
