@@ -40,6 +40,13 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "i686")
   target_link_options(VNMATH PRIVATE -Wl,--kill-at)
 endif()
 
+# The cost of the frame as a late-bound host sees it (run by scripts/bench.sh,
+# not a test).
+add_executable(bench_com ${CMAKE_SOURCE_DIR}/bench/com/bench_com.cpp)
+target_compile_definitions(bench_com PRIVATE WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE)
+target_link_libraries(bench_com PRIVATE vnanalysis ole32 oleaut32 uuid ${VN_STATIC_RUNTIME})
+add_dependencies(bench_com VNMATH)
+
 if(VN_BUILD_TESTS)
   enable_testing()
   add_subdirectory(tests/frame)
