@@ -34,6 +34,12 @@ mkdir -p "$VN_BUILD"
 bash "$VN_ROOT/scripts/build.sh" bench >"$VN_BUILD/bench.build.log" 2>&1 \
   || { tail -n 40 "$VN_BUILD/bench.build.log"; echo "benchmark build failed"; exit 1; }
 
+# The ratio lines of a program's output; a console reporter may leave a
+# colour escape in front of one, so the line is cut from "ratio " on.
+ratio_lines() {
+  grep -ao 'ratio [^ ]* [^ ]* ours_us=.*$' "$@" | tr -d '\r'
+}
+
 wanted() {  # name, requested names (none: all)
   local name=$1; shift
   [ $# -eq 0 ] && return 0
@@ -55,7 +61,7 @@ for program in "$VN_BUILD"/bench/bench_*; do
     echo "$name failed; see $results/$name.log"
     status=1
   fi
-  grep -c '^ratio ' "$results/$name.log" | xargs printf '%s comparison lines\n'
+  ratio_lines "$results/$name.log" | wc -l | xargs printf '%s comparison lines\n'
 done
 
 # The automation frame as a late-bound host sees it, under Wine, for each
@@ -79,11 +85,11 @@ for config in x64 x86; do
     status=1
   fi
   vn_wine_down
-  grep -c '^ratio ' "$results/$name.log" | xargs printf '%s comparison lines\n'
+  ratio_lines "$results/$name.log" | wc -l | xargs printf '%s comparison lines\n'
 done
 
 vn_log "Ratios to the references (ours / reference; below 1 means faster)"
-cat "$results"/*.log 2>/dev/null | grep '^ratio ' | awk '
+cat "$results"/*.log 2>/dev/null | ratio_lines | awk '
   BEGIN { printf "| %-12s | %-26s | %10s | %-20s | %10s | %6s | %7s |\n", "program", "case", "ours [us]", "reference", "ref [us]", "ratio", "spread";
           printf "|%s|%s|%s|%s|%s|%s|%s|\n", "--------------", "----------------------------", "-----------:", "----------------------", "-----------:", "-------:", "--------:" }
   {
