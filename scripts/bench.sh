@@ -51,10 +51,13 @@ results=$VN_BUILD/bench-results
 mkdir -p "$results"
 rm -f "$results"/*.log
 status=0
-for program in "$VN_BUILD"/bench/bench_*; do
+# The programs are built in the bench/ folder of the bench build.
+found=0
+for program in "$VN_BUILD"/bench/bench/bench_* "$VN_BUILD"/bench/bench_*; do
   [ -f "$program" ] && [ -x "$program" ] || continue
   name=$(basename "$program")
   wanted "$name" "$@" || continue
+  found=1
   vn_log "Running $name"
   # One thread for the references: the kernels are single-threaded too.
   if ! OPENBLAS_NUM_THREADS=1 OMP_NUM_THREADS=1 "$program" >"$results/$name.log" 2>&1; then
@@ -63,6 +66,8 @@ for program in "$VN_BUILD"/bench/bench_*; do
   fi
   ratio_lines "$results/$name.log" | wc -l | xargs printf '%s comparison lines\n'
 done
+
+[ $found = 1 ] || echo "no benchmark program found under $VN_BUILD/bench"
 
 # The automation frame as a late-bound host sees it, under Wine, for each
 # Windows module built in this tree (scripts/build.sh x64 / x86).

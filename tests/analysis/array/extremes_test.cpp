@@ -126,7 +126,8 @@ TEST(Extremes, MatchTheElementRulesOnEveryEngine) {
             for (const NanPlace& np : nans) {
                 Vec x(static_cast<std::size_t>(n));
                 for (std::int64_t i = 0; i < n; ++i) x[static_cast<std::size_t>(i)] = p.value(i, n, uniform(rng));
-                for (std::int64_t i : np.where(n)) x[static_cast<std::size_t>(i)] = kNaN;
+                for (std::int64_t i : np.where(n))
+                    if (i < n) x[static_cast<std::size_t>(i)] = kNaN;  // a pair does not fit n = 1
                 ExpectSameAsRules(x, std::string(p.name) + ", " + np.name + ", n=" + std::to_string(n));
             }
 }
