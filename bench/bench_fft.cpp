@@ -17,6 +17,7 @@
 // better for vn).
 #include "analysis/dsp/fft.h"
 #include "analysis/dsp/fft_internal.h"
+#include "bench/ratio_line.h"
 
 #include <benchmark/benchmark.h>
 
@@ -135,22 +136,13 @@ void RunFftw(benchmark::State& state, Kind kind, bool in_place) {
 }
 #endif
 
-// Keeps the fastest repetition of every benchmark and prints the ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
+// Keeps every round of every benchmark; prints the fastest-round table and
+// the ratio lines (reference: the faster of FFTW in and out of place, round
+// by round).
+class RatioReporter : public vn_bench::RoundsReporter {
 public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            if (run.run_type != Run::RT_Iteration || run.iterations == 0) continue;
-            const double t = run.cpu_accumulated_time / static_cast<double>(run.iterations);
-            std::string name = run.run_name.function_name + "/" + run.run_name.args;
-            auto it = best_.find(name);
-            if (it == best_.end() || t < it->second) best_[name] = t;
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-
     void Finalize() override {
-        ConsoleReporter::Finalize();
+        RoundsReporter::Finalize();
         std::printf("\nFastest round, microseconds per transform (CPU time); ratio = vn / best FFTW\n");
         std::printf("%-8s %8s %10s %10s %10s %10s %10s %7s %7s %7s\n", "kind", "n", "vn", "vn-avx2", "vn-base",
                     "fftw-in", "fftw-out", "ratio", "avx2", "base");
@@ -158,25 +150,36 @@ public:
             for (int lg : kLogSizes) {
                 const std::string suffix = "/" + std::to_string(1 << lg);
                 const std::string kn = KindName(kind);
-                const double vn = Get(kn + "/vn" + suffix);
-                const double avx2 = Get(kn + "/vn-avx2" + suffix);
-                const double base = Get(kn + "/vn-base" + suffix);
-                const double fin = Get(kn + "/fftw-in" + suffix);
-                const double fout = Get(kn + "/fftw-out" + suffix);
+                const double vn = Best(kn + "/vn" + suffix);
+                const double avx2 = Best(kn + "/vn-avx2" + suffix);
+                const double base = Best(kn + "/vn-base" + suffix);
+                const double fin = Best(kn + "/fftw-in" + suffix);
+                const double fout = Best(kn + "/fftw-out" + suffix);
                 const double fbest = std::min(fin, fout);
                 std::printf("%-8s %8d %10.2f %10.2f %10.2f %10.2f %10.2f %7.2f %7.2f %7.2f\n", kn.c_str(), 1 << lg,
-                            vn * 1e6, avx2 * 1e6, base * 1e6, fin * 1e6, fout * 1e6, vn / fbest, avx2 / fbest,
-                            base / fbest);
+                            vn, avx2, base, fin, fout, vn / fbest, avx2 / fbest, base / fbest);
             }
         }
+        for (Kind kind : {Kind::kComplex, Kind::kReal, Kind::kHartley})
+            for (int lg : kLogSizes) {
+                const std::string suffix = "/" + std::to_string(1 << lg);
+                const std::string kn = KindName(kind);
+                const std::vector<double>& in = Of(kn + "/fftw-in" + suffix);
+                const std::vector<double>& out = Of(kn + "/fftw-out" + suffix);
+                std::vector<double> ref;
+                for (std::size_t k = 0; k < std::min(in.size(), out.size()); ++k) ref.push_back(std::min(in[k], out[k]));
+                vn_bench::PrintRatio("bench_fft", kn + "/2^" + std::to_string(lg), Of(kn + "/vn" + suffix), "fftw",
+                                     ref);
+                vn_bench::PrintRatio("bench_fft", kn + "/2^" + std::to_string(lg) + "/base",
+                                     Of(kn + "/vn-base" + suffix), "fftw", ref);
+            }
     }
 
 private:
-    double Get(const std::string& name) const {
-        auto it = best_.find(name);
-        return it == best_.end() ? NAN : it->second;
+    double Best(const std::string& name) const {
+        const std::vector<double>& r = Of(name);
+        return r.empty() ? NAN : *std::min_element(r.begin(), r.end());
     }
-    std::map<std::string, double> best_;
 };
 
 void Register() {

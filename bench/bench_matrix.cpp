@@ -1,5 +1,6 @@
-// LinEqs and InvMatrix against the reference LAPACK routines (dgesv, and
-// dgetrf followed by dgetri) on one thread, with a ratio table at the end.
+// LinEqs, InvMatrix, Determinant and LUDecompose against the reference
+// LAPACK routines (dgesv; dgetrf followed by dgetri; dgetrf) on one thread,
+// in interleaved rounds, with a ratio table at the end.
 //
 // The reference calls use column-major storage on the same buffer, i.e. they
 // factorise A^T: the same amount of work, without the transposing copies the
@@ -7,6 +8,7 @@
 // iteration (LinEqs internally, the reference explicitly, as it overwrites).
 
 #include "analysis/matrix/linalg.h"
+#include "bench/ratio_line.h"
 
 #include <benchmark/benchmark.h>
 
@@ -53,8 +55,28 @@ void InvMatrixVn(benchmark::State& state) {
     }
 }
 
-BENCHMARK(LinEqsVn)->Arg(10)->Arg(100)->Arg(500);
-BENCHMARK(InvMatrixVn)->Arg(10)->Arg(100)->Arg(500);
+void DeterminantVn(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    const auto a = RandomMatrix(n, n, 1);
+    double det = 0;
+    for (auto _ : state) {
+        if (vn::Determinant(a.data(), n, &det) != vn::kOk) state.SkipWithError("Determinant failed");
+        benchmark::DoNotOptimize(det);
+    }
+}
+
+void LUDecomposeVn(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    const auto a = RandomMatrix(n, n, 1);
+    std::vector<double> b(a.size());
+    std::vector<std::int32_t> p(n);
+    std::int32_t parity = 0;
+    for (auto _ : state) {
+        b = a;
+        if (vn::LUDecompose(b.data(), n, p.data(), &parity) != vn::kOk) state.SkipWithError("LUDecompose failed");
+        benchmark::DoNotOptimize(b.data());
+    }
+}
 
 #ifdef VN_HAVE_LAPACKE
 void LinEqsLapack(benchmark::State& state) {
@@ -85,30 +107,56 @@ void InvMatrixLapack(benchmark::State& state) {
     }
 }
 
-BENCHMARK(LinEqsLapack)->Arg(10)->Arg(100)->Arg(500);
-BENCHMARK(InvMatrixLapack)->Arg(10)->Arg(100)->Arg(500);
+void DeterminantLapack(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    const auto a = RandomMatrix(n, n, 1);
+    std::vector<double> b(a.size());
+    std::vector<lapack_int> ipiv(n);
+    for (auto _ : state) {
+        b = a;
+        if (LAPACKE_dgetrf(LAPACK_COL_MAJOR, n, n, b.data(), n, ipiv.data()) < 0) state.SkipWithError("dgetrf failed");
+        double det = 1;
+        for (int i = 0; i < n; ++i) det *= ipiv[i] != i + 1 ? -b[static_cast<std::size_t>(i) * n + i]
+                                                             : b[static_cast<std::size_t>(i) * n + i];
+        benchmark::DoNotOptimize(det);
+    }
+}
 #endif
 
-// Console output as usual, plus the seconds per iteration of every run kept
-// by (benchmark, size) for the ratio table. The table gives the ratio of
-// thread CPU times too: on a loaded machine it is the steadier of the two.
-class RecordingReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& r : runs) {
-            if (r.error_occurred || r.run_type != Run::RT_Iteration || r.iterations == 0) continue;
-            const std::string name = r.benchmark_name();
-            const auto slash = name.find('/');
-            if (slash == std::string::npos) continue;
-            const double iterations = static_cast<double>(r.iterations);
-            seconds[{name.substr(0, slash), std::atoi(name.c_str() + slash + 1)}] = {
-                r.real_accumulated_time / iterations, r.cpu_accumulated_time / iterations};
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    // (real, cpu) seconds per iteration.
-    std::map<std::pair<std::string, int>, std::pair<double, double>> seconds;
-};
+const int kSizes[] = {10, 100, 500, 1000};
+constexpr int kRounds = 5;
+const char* const kKernels[] = {"LinEqs", "InvMatrix", "Determinant", "LUDecompose"};
+
+void Register() {
+    using Fn = void (*)(benchmark::State&);
+    struct Pair {
+        const char* kernel;
+        Fn ours;
+        Fn ref;
+    };
+#ifdef VN_HAVE_LAPACKE
+    const Pair pairs[] = {{"LinEqs", LinEqsVn, LinEqsLapack},
+                          {"InvMatrix", InvMatrixVn, InvMatrixLapack},
+                          {"Determinant", DeterminantVn, DeterminantLapack},
+                          {"LUDecompose", LUDecomposeVn, DeterminantLapack}};  // dgetrf alone
+#else
+    const Pair pairs[] = {{"LinEqs", LinEqsVn, nullptr},
+                          {"InvMatrix", InvMatrixVn, nullptr},
+                          {"Determinant", DeterminantVn, nullptr},
+                          {"LUDecompose", LUDecomposeVn, nullptr}};
+#endif
+    for (int round = 0; round < kRounds; ++round)
+        for (int n : kSizes)
+            for (const Pair& p : pairs) {
+                // Few iterations for the large sizes: a round stays short.
+                const double min_time = n >= 500 ? 0.05 : 0.02;
+                benchmark::RegisterBenchmark((std::string(p.kernel) + "/vn").c_str(), p.ours)
+                    ->Arg(n)->MinTime(min_time);
+                if (p.ref)
+                    benchmark::RegisterBenchmark((std::string(p.kernel) + "/lapack").c_str(), p.ref)
+                        ->Arg(n)->MinTime(min_time);
+            }
+}
 
 }  // namespace
 
@@ -119,24 +167,21 @@ int main(int argc, char** argv) {
     setenv("OPENBLAS_NUM_THREADS", "1", 1);
     openblas_set_num_threads(1);
 #endif
+    Register();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    RecordingReporter reporter;
+    vn_bench::RoundsReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
-
-    std::printf("\n%-10s %5s %12s %12s %12s %12s\n", "kernel", "n", "vn [us]", "ref [us]",
-                "ratio real", "ratio cpu");
-    for (const char* kernel : {"LinEqs", "InvMatrix"}) {
-        for (int n : {10, 100, 500}) {
-            const auto vn_it = reporter.seconds.find({std::string(kernel) + "Vn", n});
-            const auto ref_it = reporter.seconds.find({std::string(kernel) + "Lapack", n});
-            if (vn_it == reporter.seconds.end() || ref_it == reporter.seconds.end()) continue;
-            const auto& v = vn_it->second;
-            const auto& r = ref_it->second;
-            std::printf("%-10s %5d %12.2f %12.2f %12.2f %12.2f\n", kernel, n, v.first * 1e6,
-                        r.first * 1e6, v.first / r.first, v.second / r.second);
+    for (const char* kernel : kKernels)
+        for (int n : kSizes) {
+            const std::string suffix = "/" + std::to_string(n);
+            vn_bench::PrintRatio("bench_matrix", std::string(kernel) + "/n=" + std::to_string(n),
+                                 reporter.Of(std::string(kernel) + "/vn" + suffix),
+                                 std::string(kernel) == "LinEqs"        ? "dgesv"
+                                 : std::string(kernel) == "InvMatrix"   ? "dgetrf+dgetri"
+                                                                        : "dgetrf",
+                                 reporter.Of(std::string(kernel) + "/lapack" + suffix));
         }
-    }
     return 0;
 }

@@ -50,6 +50,13 @@ endif()
 set(VN_MANIFEST_MISC "recomposeonresize,cantlinkinside,insideout,activatewhenvisible,invisibleatruntime,actslikelabel,setclientsitefirst")
 configure_file(${CMAKE_SOURCE_DIR}/resources/VNAnalysisControls.manifest.in ${CMAKE_BINARY_DIR}/VNAnalysisControls.manifest @ONLY)
 
+# The cost of the frame as a late-bound host sees it (run by scripts/bench.sh,
+# not a test).
+add_executable(bench_com ${CMAKE_SOURCE_DIR}/bench/com/bench_com.cpp)
+target_compile_definitions(bench_com PRIVATE WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE)
+target_link_libraries(bench_com PRIVATE vnanalysis ole32 oleaut32 uuid ${VN_STATIC_RUNTIME})
+add_dependencies(bench_com VNMATH)
+
 if(VN_BUILD_TESTS)
   enable_testing()
   add_subdirectory(tests/frame)

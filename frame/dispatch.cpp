@@ -5,6 +5,7 @@
 #include "frame/fpu_guard.h"
 #include "frame/guards.h"
 
+#include <atomic>
 #include <cstring>
 #include <cwchar>
 #include <new>
@@ -17,8 +18,105 @@ namespace {
 LONG g_objects = 0;
 ITypeLib* g_typeLib = nullptr;
 
+// Every name in the type library is plain ASCII, so folding A-Z to a-z is an
+// exact case-insensitive match: a name holding any other character matches
+// nothing, as it would under a locale-aware compare.
+inline wchar_t FoldAscii(wchar_t c) { return (c >= L'A' && c <= L'Z') ? static_cast<wchar_t>(c + 32) : c; }
+
 bool SameName(const wchar_t* a, const wchar_t* b) {
-    return CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, a, -1, b, -1) == CSTR_EQUAL;
+    for (;; ++a, ++b) {
+        if (FoldAscii(*a) != FoldAscii(*b)) return false;
+        if (*a == 0) return true;
+    }
+}
+
+std::uint32_t FoldedHash(const wchar_t* name) {
+    std::uint32_t h = 2166136261u;  // FNV-1a over the folded characters
+    for (; *name; ++name) h = (h ^ static_cast<std::uint32_t>(FoldAscii(*name))) * 16777619u;
+    return h;
+}
+
+// Name and identifier look-up of one dispatch table, built once per table on
+// first use: an open-addressed hash of the folded method names (a quarter
+// full at most) and the rows by dispatch identifier. Parameter names are few
+// per method and are compared directly.
+class TableIndex {
+public:
+    explicit TableIndex(const DispatchTable& table) : table_(table) {
+        for (std::uint32_t& slot : slots_) slot = kEmpty;
+        for (int r = 0; r < table.rowCount; ++r) {
+            std::uint32_t s = FoldedHash(table.rows[r].name) & (kSlots - 1);
+            while (slots_[s] != kEmpty) s = (s + 1) & (kSlots - 1);
+            slots_[s] = static_cast<std::uint32_t>(r);
+            const DISPID id = table.rows[r].id;
+            if (id >= 0 && id < kMaxId) byId_[id] = &table.rows[r];
+            else if (id == kAboutBoxId) about_ = &table.rows[r];
+        }
+    }
+
+    const MethodRow* Find(const wchar_t* name) const {
+        std::uint32_t s = FoldedHash(name) & (kSlots - 1);
+        for (; slots_[s] != kEmpty; s = (s + 1) & (kSlots - 1))
+            if (SameName(name, table_.rows[slots_[s]].name)) return &table_.rows[slots_[s]];
+        return nullptr;
+    }
+
+    const MethodRow* ById(DISPID id) const {
+        if (id >= 0 && id < kMaxId) return byId_[id];
+        return id == kAboutBoxId ? about_ : nullptr;
+    }
+
+    // The index of a table, created by the first caller; a thread that loses
+    // the race to publish it frees its own copy.
+    static const TableIndex* Of(const DispatchTable& table);
+
+private:
+    static constexpr std::uint32_t kSlots = 512;  // > 4 x the largest control (88 methods)
+    static constexpr std::uint32_t kEmpty = 0xFFFFFFFFu;
+    static constexpr DISPID kMaxId = 128;
+    static constexpr DISPID kAboutBoxId = -552;
+    const DispatchTable& table_;
+    std::uint32_t slots_[kSlots];
+    const MethodRow* byId_[kMaxId] = {};
+    const MethodRow* about_ = nullptr;
+};
+
+struct IndexSlot {
+    std::atomic<const DispatchTable*> table{nullptr};
+    std::atomic<TableIndex*> index{nullptr};
+};
+// One per control (the module has five). The indexes live as long as the
+// module is loaded; a few kilobytes are left behind if a host unloads it.
+IndexSlot g_indexes[8];
+
+const TableIndex* TableIndex::Of(const DispatchTable& table) {
+    for (IndexSlot& slot : g_indexes) {
+        // Claim a free slot for this table, or find the slot it already has.
+        const DispatchTable* owner = nullptr;
+        if (!slot.table.compare_exchange_strong(owner, &table) && owner != &table) continue;
+        if (TableIndex* index = slot.index.load()) return index;
+        TableIndex* made = new (std::nothrow) TableIndex(table);
+        if (!made) return nullptr;
+        TableIndex* expected = nullptr;
+        if (slot.index.compare_exchange_strong(expected, made)) return made;
+        delete made;  // another thread published its index first
+        return expected;
+    }
+    return nullptr;
+}
+
+const MethodRow* FindRow(const DispatchTable& table, const wchar_t* name) {
+    if (const TableIndex* index = TableIndex::Of(table)) return index->Find(name);
+    for (int r = 0; r < table.rowCount; ++r)  // only when the index could not be allocated
+        if (SameName(name, table.rows[r].name)) return &table.rows[r];
+    return nullptr;
+}
+
+const MethodRow* RowById(const DispatchTable& table, DISPID id) {
+    if (const TableIndex* index = TableIndex::Of(table)) return index->ById(id);
+    for (int r = 0; r < table.rowCount; ++r)
+        if (table.rows[r].id == id) return &table.rows[r];
+    return nullptr;
 }
 
 BSTR ToBstr(const std::string& text) {
@@ -219,16 +317,17 @@ HRESULT DispatchGetIDsOfNames(const DispatchTable& table, REFIID iid, LPOLESTR* 
     if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
     if (!names || !ids) return E_POINTER;
     if (count == 0) return S_OK;
-    const MethodRow* row = nullptr;
-    for (int r = 0; r < table.rowCount && names[0]; ++r)
-        if (SameName(names[0], table.rows[r].name)) row = &table.rows[r];
+    const MethodRow* row = names[0] ? FindRow(table, names[0]) : nullptr;
     HRESULT hr = S_OK;
     ids[0] = row ? row->id : DISPID_UNKNOWN;
     if (!row) hr = DISP_E_UNKNOWNNAME;
     for (UINT k = 1; k < count; ++k) {
         ids[k] = DISPID_UNKNOWN;
         for (int p = 0; row && names[k] && p < row->paramCount; ++p)
-            if (SameName(names[k], row->params[p].name)) ids[k] = p;
+            if (SameName(names[k], row->params[p].name)) {
+                ids[k] = p;
+                break;
+            }
         if (ids[k] == DISPID_UNKNOWN) hr = DISP_E_UNKNOWNNAME;
     }
     return hr;
@@ -296,9 +395,7 @@ HRESULT InvokeRow(const DispatchTable& table, const MethodRow& row, const DISPPA
 HRESULT DispatchInvoke(const DispatchTable& table, DISPID id, REFIID iid, WORD flags, DISPPARAMS* params,
                        VARIANT* result, EXCEPINFO* excep, UINT* argErr) {
     if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
-    const MethodRow* row = nullptr;
-    for (int r = 0; r < table.rowCount; ++r)
-        if (table.rows[r].id == id) row = &table.rows[r];
+    const MethodRow* row = RowById(table, id);
     if (!row) return DISP_E_MEMBERNOTFOUND;
     if (!(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET))) return DISP_E_MEMBERNOTFOUND;
     DISPPARAMS none = {nullptr, nullptr, 0, 0};

@@ -94,28 +94,6 @@ AnalysisStatus PolyEvaluate(const double* x, std::int32_t n, const double* c, st
     return kOk;
 }
 
-AnalysisStatus MaxMinValues(const double* x, std::int32_t n, double* max, std::int32_t* imax,
-                            double* min, std::int32_t* imin) {
-    if (n < 1) return kErrSamplesBelowOne;
-    double hi = x[0], lo = x[0];
-    std::int32_t ihi = 0, ilo = 0;
-    for (std::int32_t i = 0; i < n; ++i) {
-        const double v = x[i];
-        if (v > hi) {
-            hi = v;
-            ihi = i;
-        } else if (!(v >= lo)) {  // also true for NaN
-            lo = v;
-            ilo = i;
-        }
-    }
-    *max = hi;
-    *imax = ihi;
-    *min = lo;
-    *imin = ilo;
-    return kOk;
-}
-
 AnalysisStatus ScaleToUnit(const double* x, std::int32_t n, double* z, double* offset, double* scale) {
     if (n < 1) return kErrSamplesBelowOne;
     double hi, lo;
@@ -255,60 +233,12 @@ AnalysisStatus SetValues(double* x, std::int32_t n, double a) {
     return kOk;
 }
 
-AnalysisStatus MaxMinMatrix(const double* x, std::int32_t rows, std::int32_t cols, double* max,
-                            std::int32_t* imax, std::int32_t* jmax, double* min, std::int32_t* imin,
-                            std::int32_t* jmin) {
-    if (rows < 1 || cols < 1) return kErrSamplesBelowOne;
-    double hi = x[0], lo = x[0];
-    std::int32_t ihi = 0, jhi = 0, ilo = 0, jlo = 0;
-    for (std::int32_t i = 0; i < rows; ++i) {
-        const double* row = x + static_cast<std::size_t>(i) * cols;
-        for (std::int32_t j = 0; j < cols; ++j) {
-            const double v = row[j];
-            if (v > hi) {
-                hi = v;
-                ihi = i;
-                jhi = j;
-            } else if (!(v >= lo)) {
-                lo = v;
-                ilo = i;
-                jlo = j;
-            }
-        }
-    }
-    *max = hi;
-    *imax = ihi;
-    *jmax = jhi;
-    *min = lo;
-    *imin = ilo;
-    *jmin = jlo;
-    return kOk;
-}
-
 AnalysisStatus SubsetValues(const double* x, std::int32_t n, std::int32_t index, std::int32_t length,
                             double* z) {
     if (n < 1 || index < 0 || length < 1) return kErrSamplesBelowOne;
     // index + length == n is accepted (the last element may be included).
     if (static_cast<std::int64_t>(index) + length > n) return kErrIndexLength;
     std::memmove(z, x + index, sizeof(double) * static_cast<std::size_t>(length));
-    return kOk;
-}
-
-AnalysisStatus LargestValue(const double* x, std::int32_t n, double* result) {
-    if (n < 1) return kErrSamplesBelowOne;
-    double v = x[0];
-    for (std::int32_t i = 1; i < n; ++i)
-        if (!(x[i] <= v)) v = x[i];
-    *result = v;
-    return kOk;
-}
-
-AnalysisStatus SmallestValue(const double* x, std::int32_t n, double* result) {
-    if (n < 1) return kErrSamplesBelowOne;
-    double v = x[0];
-    for (std::int32_t i = 1; i < n; ++i)
-        if (!(x[i] >= v)) v = x[i];
-    *result = v;
     return kOk;
 }
 

@@ -30,11 +30,12 @@ namespace fft_base {
 #undef VN_FFT_LANES
 }  // namespace fft_base
 
-// 256- and 512-bit builds, selected at run time (GCC on x86-64). On Windows
-// the build has the assembler turn aligned vector moves into unaligned ones,
-// because GCC there may spill wide vectors to stack slots aligned to 16 bytes
-// only; without that option the wide builds are left out.
-#if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && \
+// 256- and 512-bit builds, selected at run time (GCC on x86, 64- and 32-bit).
+// On Windows the build has the assembler turn aligned vector moves into
+// unaligned ones, because GCC there may spill wide vectors to stack slots
+// aligned to 16 bytes (4 bytes for 32-bit code) only; without that option
+// the wide builds are left out.
+#if defined(__GNUC__) && !defined(__clang__) && (defined(__x86_64__) || defined(__i386__)) && \
     (!defined(_WIN32) || defined(VN_UNALIGNED_VECTOR_MOVES))
 #define VN_FFT_HAVE_WIDE 1
 #pragma GCC push_options

@@ -19,7 +19,8 @@
 
 namespace vn {
 
-using matrix_detail::CombineRows;
+using matrix_detail::CombineSubFn;
+using matrix_detail::LUEngine;
 using matrix_detail::CopyDoubles;
 using matrix_detail::Index;
 using matrix_detail::Product;
@@ -39,7 +40,8 @@ inline bool ZeroOrNaN(double d) { return !(d > 0.0) && !(d < 0.0); }
 
 namespace matrix_detail {
 
-AnalysisStatus LUFactor(double* a, Index n, std::int32_t* p, std::int32_t* parity) {
+AnalysisStatus LUFactor(double* a, Index n, std::int32_t* p, std::int32_t* parity, LUEngine e) {
+    const CombineSubFn combine = CombineSubFor(e);
     for (Index i = 0; i < n; ++i) p[i] = static_cast<std::int32_t>(i);
     std::int32_t par = 0;
     AnalysisStatus status = kOk;
@@ -83,17 +85,18 @@ AnalysisStatus LUFactor(double* a, Index n, std::int32_t* p, std::int32_t* parit
         for (Index c0 = j1; c0 < n; c0 += kColumnBlock) {
             const Index w = std::min(kColumnBlock, n - c0);
             for (Index k = j0 + 1; k < j1; ++k)
-                CombineRows<false>(a + k * n + c0, w, a + k * n + j0, k - j0, a + j0 * n + c0, n);
+                combine(a + k * n + c0, w, a + k * n + j0, k - j0, a + j0 * n + c0, n);
             // Trailing rows: the panel's kPanel terms, in increasing k.
             for (Index i = j1; i < n; ++i)
-                CombineRows<false>(a + i * n + c0, w, a + i * n + j0, j1 - j0, a + j0 * n + c0, n);
+                combine(a + i * n + c0, w, a + i * n + j0, j1 - j0, a + j0 * n + c0, n);
         }
     }
     *parity = par;
     return status;
 }
 
-AnalysisStatus LUInverseInto(const double* lu, Index n, const std::int32_t* p, double* b) {
+AnalysisStatus LUInverseInto(const double* lu, Index n, const std::int32_t* p, double* b, LUEngine e) {
+    const CombineSubFn combine = CombineSubFor(e);
     // Column j of the inverse solves A*x = e_j by ForwSub then BackSub. All
     // columns are solved together, a block of columns at a time, so that
     // the rows being combined are contiguous; every entry still receives
@@ -130,18 +133,18 @@ AnalysisStatus LUInverseInto(const double* lu, Index n, const std::int32_t* p, d
         if (shortcut) {
             // Rows above c0 and multipliers left of c0 meet only zeros.
             for (Index i = c0 + 1; i < n; ++i)
-                CombineRows<false>(b + i * n + c0, w, lu + i * n + c0, i - c0, b + c0 * n + c0, n);
+                combine(b + i * n + c0, w, lu + i * n + c0, i - c0, b + c0 * n + c0, n);
         } else {
             for (Index i = 0; i < n; ++i) {
                 double* bi = b + i * n + c0;
                 const Index pi = p[i];
                 if (pi != i) std::swap_ranges(bi, bi + w, b + pi * n + c0);
-                CombineRows<false>(bi, w, lu + i * n, i, b + c0, n);
+                combine(bi, w, lu + i * n, i, b + c0, n);
             }
         }
         for (Index i = n - 1; i >= 0; --i) {
             double* bi = b + i * n + c0;
-            CombineRows<false>(bi, w, lu + i * n + i + 1, n - 1 - i, b + (i + 1) * n + c0, n);
+            combine(bi, w, lu + i * n + i + 1, n - 1 - i, b + (i + 1) * n + c0, n);
             const double d = lu[i * n + i];
             if (ZeroOrNaN(d)) return kErrSingular;
             for (Index j = 0; j < w; ++j) bi[j] = bi[j] / d;

@@ -116,13 +116,36 @@ inline void CombineRows(double* dst, Index w, const double* s, Index count, cons
     }
 }
 
+// Engines of the row combinations behind the LU family: the baseline
+// 128-bit code above and, on x86 processors that have them, 256-bit (AVX2)
+// and 512-bit (AVX-512) builds of the same loops. Multiplications and
+// subtractions stay separate (never fused) and each entry takes its terms in
+// increasing k on every engine, so all engines give identical bits.
+enum class LUEngine { kBaseline, kAvx2, kAvx512 };
+// False for an engine the processor or this build lacks; such an engine
+// falls back to the baseline one.
+bool LUEngineAvailable(LUEngine e);
+// The widest available engine, chosen once.
+LUEngine DefaultLUEngine();
+
+// dst[c] <- dst[c] - s[0]*b[0][c] - ... - s[count-1]*b[count-1][c], c in [0, w),
+// exactly as CombineRows<false>, on the given engine.
+using CombineSubFn = void (*)(double* dst, Index w, const double* s, Index count, const double* b, Index ldb);
+CombineSubFn CombineSubFor(LUEngine e);
+
 // The LU factorisation on an n-by-n row-major block (n >= 1, no checks).
-AnalysisStatus LUFactor(double* a, Index n, std::int32_t* p, std::int32_t* parity);
+AnalysisStatus LUFactor(double* a, Index n, std::int32_t* p, std::int32_t* parity, LUEngine e);
+inline AnalysisStatus LUFactor(double* a, Index n, std::int32_t* p, std::int32_t* parity) {
+    return LUFactor(a, n, p, parity, DefaultLUEngine());
+}
 
 // Inverse from LU factors into b (b must not be lu): for every right-hand
 // side e_j the interchanges, forward and back substitution of ForwSub and
 // BackSub, all columns at once. -20041 for a zero or NaN diagonal of U.
-AnalysisStatus LUInverseInto(const double* lu, Index n, const std::int32_t* p, double* b);
+AnalysisStatus LUInverseInto(const double* lu, Index n, const std::int32_t* p, double* b, LUEngine e);
+inline AnalysisStatus LUInverseInto(const double* lu, Index n, const std::int32_t* p, double* b) {
+    return LUInverseInto(lu, n, p, b, DefaultLUEngine());
+}
 
 }  // namespace matrix_detail
 }  // namespace vn

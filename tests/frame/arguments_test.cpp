@@ -167,6 +167,49 @@ TEST_F(Arguments, DispatchRules) {
     EXPECT_EQ(ids[1], DISPID_UNKNOWN);
 }
 
+
+TEST_F(Arguments, NameLookUpFoldsAsciiCaseOnly) {
+    struct Row {
+        const wchar_t* name;
+        DISPID id;
+    };
+    const Row rows[] = {
+        {L"MAXMIN2D", 33},
+        {L"maxmin2d", 33},
+        {L"mAxMiN1d", 10},
+        {L"aboutbox", -552},
+        {L"ArrayDims", 1},
+        {L"ConcatenateArray", 35},
+        {L"AddArra", DISPID_UNKNOWN},          // a prefix is not the name
+        {L"AddArrayX", DISPID_UNKNOWN},
+        {L"", DISPID_UNKNOWN},
+        {L"Add\u0391rray", DISPID_UNKNOWN},   // Greek capital alpha is not 'A'
+        {L"AddArr\u0430y", DISPID_UNKNOWN},   // Cyrillic a is not 'a'
+        {L"ADD[RRAY", DISPID_UNKNOWN},         // '[' is 'A' + 26, '{' its fold: no folding outside A-Z
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(::testing::Message() << row.id);
+        LPOLESTR names[1] = {const_cast<LPOLESTR>(row.name)};
+        DISPID id = 12345;
+        EXPECT_EQ(array_.get()->GetIDsOfNames(IID_NULL, names, 1, 0, &id),
+                  row.id == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK);
+        EXPECT_EQ(id, row.id);
+    }
+    // A parameter name belongs to its own method only; the first unknown
+    // name does not stop the others from being resolved.
+    LPOLESTR names[4] = {const_cast<LPOLESTR>(L"maxmin2d"), const_cast<LPOLESTR>(L"JMIN"),
+                         const_cast<LPOLESTR>(L"y"), const_cast<LPOLESTR>(L"Max")};
+    DISPID ids[4];
+    EXPECT_EQ(array_.get()->GetIDsOfNames(IID_NULL, names, 4, 0, ids), DISP_E_UNKNOWNNAME);
+    EXPECT_EQ(ids[0], 33);
+    EXPECT_EQ(ids[1], 6);
+    EXPECT_EQ(ids[2], DISPID_UNKNOWN);
+    EXPECT_EQ(ids[3], 1);
+    // Identifiers outside the table and next to its ends are not members.
+    for (DISPID id : {0, 36, 37, 127, 128, -551, -553, -1})
+        EXPECT_EQ(array_.Invoke(id, {}).hr, DISP_E_MEMBERNOTFOUND) << id;
+}
+
 }  // namespace
 
 namespace {

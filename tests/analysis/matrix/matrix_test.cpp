@@ -1,5 +1,6 @@
 #include "analysis/matrix/decompositions.h"
 #include "analysis/matrix/linalg.h"
+#include "analysis/matrix/matrix_internal.h"
 
 #include <gtest/gtest.h>
 
@@ -226,8 +227,22 @@ TEST(Matrix, LUPivoting) {
     EXPECT_EQ(det, -1.0);
 }
 
+// Every row-combination engine the processor has (the others fall back to
+// the baseline one and would only repeat it).
+std::vector<matrix_detail::LUEngine> LUEngines() {
+    using matrix_detail::LUEngine;
+    std::vector<LUEngine> engines;
+    for (LUEngine e : {LUEngine::kBaseline, LUEngine::kAvx2, LUEngine::kAvx512})
+        if (matrix_detail::LUEngineAvailable(e)) engines.push_back(e);
+    return engines;
+}
+
 TEST(Matrix, BlockedLUMatchesColumnByColumnAndRebuilds) {
-    for (int n : {1, 2, 5, 31, 32, 33, 65, 150}) {
+    // Sizes around the panel (32), the 256- and 512-bit register tiles (32
+    // and 64 columns) and the column block (128).
+    for (int n : {1, 2, 5, 31, 32, 33, 65, 150, 291})
+    for (matrix_detail::LUEngine engine : LUEngines()) {
+        SCOPED_TRACE(::testing::Message() << "engine " << static_cast<int>(engine));
         for (int kind = 0; kind < 2; ++kind) {
             Mat a = Random(n, n, 10 + n);
             // Small integers: exact ties and cancellations, some singular.
@@ -237,7 +252,7 @@ TEST(Matrix, BlockedLUMatchesColumnByColumnAndRebuilds) {
             std::vector<std::int32_t> pr, p(n);
             std::int32_t parr, par;
             const AnalysisStatus sr = ColumnByColumnLU(ref, n, pr, parr);
-            ASSERT_EQ(LUDecompose(lu.data(), n, p.data(), &par), sr) << n << " kind " << kind;
+            ASSERT_EQ(matrix_detail::LUFactor(lu.data(), n, p.data(), &par, engine), sr) << n << " kind " << kind;
             if (sr != kOk) continue;
             EXPECT_EQ(p, pr) << n;
             EXPECT_EQ(par, parr) << n;
@@ -313,9 +328,11 @@ TEST(Matrix, InverseEqualsColumnSolves) {
         {"exchanges upwards", &lu, &up},
         {"infinite multiplier", &lu_inf, &down},
     };
+    for (matrix_detail::LUEngine engine : LUEngines())
     for (const Row& r : rows) {
+        SCOPED_TRACE(::testing::Message() << "engine " << static_cast<int>(engine));
         Mat inv(n * n), alias = *r.factors;
-        ASSERT_EQ(LUInverse(r.factors->data(), n, r.p->data(), inv.data()), kOk) << r.name;
+        ASSERT_EQ(matrix_detail::LUInverseInto(r.factors->data(), n, r.p->data(), inv.data(), engine), kOk) << r.name;
         ASSERT_EQ(LUInverse(alias.data(), n, r.p->data(), alias.data()), kOk) << r.name;
         for (int j = 0; j < n; ++j) {
             Mat e(n, 0.0);
