@@ -64,8 +64,10 @@ AnalysisStatus ThreeTermWindow(double* x, std::int32_t n, const ThreeTerm& t) {
     return kOk;
 }
 
-// ln and exp in extended precision, rounded once to double: the 80-bit
-// routines agree on every x86 build far below a double's last place.
+// ln and exp in 80-bit precision, rounded once to double. The x87 routines of
+// the native and the Windows runtimes differ only far below a double's last
+// place, so the rounded values agree unless one lands almost exactly on a
+// rounding boundary.
 double LogExtended(double v) { return static_cast<double>(std::log(static_cast<long double>(v))); }
 double ExpExtended(double v) { return static_cast<double>(std::exp(static_cast<long double>(v))); }
 
