@@ -10,6 +10,8 @@
 #include "analysis/array/array_ops.h"
 #include "analysis/dsp/fft.h"
 #include "analysis/dsp/generators.h"
+#include "analysis/dsp/timedomain.h"
+#include "analysis/dsp/windows.h"
 #include "frame/errors.h"
 #include "frame/method_frame.h"
 
@@ -252,15 +254,177 @@ void ArbitraryWave(Call& c) {
     ReturnArray(c, x);
 }
 
+// --- Time-domain operations -------------------------------------------------
+
+namespace {
+
+using PairKernel = AnalysisStatus (*)(const double*, std::int32_t, const double*, std::int32_t, double*);
+
+// Two one-dimensional sequences in, nx + ny - 1 values returned. Counts below
+// 1 get an empty result and the kernel's -20003.
+void DirectSumMethod(Call& c, PairKernel kernel) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgArray y(c.In(1));
+    RequireSignal(y);
+    const std::int32_t nx = x.Count(), ny = y.Count();
+    const std::int64_t total = static_cast<std::int64_t>(nx) + ny - 1;
+    ArgArray z;
+    z.Create1D(nx < 1 || ny < 1 || total > 0x7fffffff ? 0 : static_cast<std::int32_t>(total));
+    ThrowAnalysisStatus(kernel(x.AsDouble(), nx, y.AsDouble(), ny, z.AsDouble()));
+    ReturnArray(c, z);
+}
+
+using RunningKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, double*);
+
+// x, dt, xInit, xFinal in; n values returned.
+void RunningMethod(Call& c, RunningKernel kernel) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar step(c.In(1)), first(c.In(2)), last(c.In(3));
+    const double dt = step.Double(), x0 = first.Double(), x1 = last.Double();
+    const std::int32_t n = x.Count();
+    ArgArray z;
+    z.Create1D(n);
+    ThrowAnalysisStatus(kernel(x.AsDouble(), n, dt, x0, x1, z.AsDouble()));
+    ReturnArray(c, z);
+}
+
+}  // namespace
+
+void Convolve(Call& c) { DirectSumMethod(c, ConvolveDirect); }
+void Correlate(Call& c) { DirectSumMethod(c, CorrelateDirect); }
+void Integrate(Call& c) { RunningMethod(c, IntegrateSimpson); }
+void Difference(Call& c) { RunningMethod(c, DifferenceCentral); }
+
+// y (the convolution) first, then x; ny - nx + 1 values returned (empty for
+// nx = ny + 1).
+void Deconvolve(Call& c) {
+    ArgArray y(c.In(0));
+    RequireSignal(y);
+    ArgArray x(c.In(1));
+    RequireSignal(x);
+    const std::int32_t ny = y.Count(), nx = x.Count();
+    const std::int32_t nout = ny - nx + 1;
+    ArgArray h;
+    h.Create1D(nx < 1 || ny < 1 || nout < 0 ? 0 : nout);
+    ThrowAnalysisStatus(DeconvolveFFT(y.AsDouble(), ny, x.AsDouble(), nx, h.AsDouble()));
+    ReturnArray(c, h);
+}
+
+// The third argument switches block averaging on when it is non-zero.
+void Decimate(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar factor(c.In(1)), averaging(c.In(2));
+    const std::int32_t d = factor.Int();
+    const bool average = averaging.Double() != 0.0;
+    const std::int32_t n = x.Count();
+    ArgArray z;
+    z.Create1D(DecimatedLength(n, d));
+    ThrowAnalysisStatus(DecimateCore(x.AsDouble(), n, d, average, z.AsDouble()));
+    ReturnArray(c, z);
+}
+
+void UnWrap1D(Call& c) { RealTransformMethod(c, UnwrapPhase); }
+
+// Twelve by-reference outputs: eight levels, four times in samples (32-bit
+// integers) and the slew rate.
+void PulseParam(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    PulseParameters p;
+    ThrowAnalysisStatus(PulseParamCore(x.AsDouble(), x.Count(), &p));
+    c.SetOutDouble(1, p.amp);
+    c.SetOutDouble(2, p.amp90);
+    c.SetOutDouble(3, p.amp50);
+    c.SetOutDouble(4, p.amp10);
+    c.SetOutDouble(5, p.top);
+    c.SetOutDouble(6, p.base);
+    c.SetOutDouble(7, p.top_overshoot);
+    c.SetOutDouble(8, p.base_overshoot);
+    c.SetOutInt(9, p.delay);
+    c.SetOutInt(10, p.width);
+    c.SetOutInt(11, p.rise_time);
+    c.SetOutInt(12, p.fall_time);
+    c.SetOutDouble(13, p.slew_rate);
+}
+
+// --- Windows -----------------------------------------------------------------
+//
+// x windowed in a copy and returned; the scalar parameters are never
+// rejected.
+
+namespace {
+
+template <class Kernel>
+void WindowMethod(Call& c, Kernel kernel) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    const std::int32_t n = x.Count();
+    ArgArray y;
+    CreateCopy(y, x, n);
+    ThrowAnalysisStatus(kernel(y.AsDouble(), n));
+    ReturnArray(c, y);
+}
+
+// x and one scalar parameter (beta, Final or Duty).
+void WindowWithParameter(Call& c, AnalysisStatus (*kernel)(double*, std::int32_t, double)) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar parameter(c.In(1));
+    const double v = parameter.Double();
+    const std::int32_t n = x.Count();
+    ArgArray y;
+    CreateCopy(y, x, n);
+    ThrowAnalysisStatus(kernel(y.AsDouble(), n, v));
+    ReturnArray(c, y);
+}
+
+}  // namespace
+
+void TriWin(Call& c) { WindowMethod(c, TriangleWindow); }
+void HanWin(Call& c) { WindowMethod(c, HanningWindow); }
+void HamWin(Call& c) { WindowMethod(c, HammingWindow); }
+void BkmanWin(Call& c) { WindowMethod(c, BlackmanWindow); }
+void BlkHarrisWin(Call& c) { WindowMethod(c, BlackmanHarrisWindow); }
+void CosTaperedWin(Call& c) { WindowMethod(c, CosineTaperWindow); }
+void ExBkmanWin(Call& c) { WindowMethod(c, ExactBlackmanWindow); }
+void FlatTopWin(Call& c) { WindowMethod(c, FlatTopWindow); }
+void KsrWin(Call& c) { WindowWithParameter(c, KaiserWindow); }
+void ExpWin(Call& c) { WindowWithParameter(c, ExponentialWindow); }
+void ForceWin(Call& c) { WindowWithParameter(c, ForceWindow); }
+
+// x and the one-dimensional coefficient array a (its element count is m).
+void GenCosWin(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgArray a(c.In(1));
+    RequireSignal(a);
+    const std::int32_t n = x.Count(), m = a.Count();
+    ArgArray y;
+    CreateCopy(y, x, n);
+    ThrowAnalysisStatus(GeneralCosineWindow(y.AsDouble(), n, a.AsDouble(), m));
+    ReturnArray(c, y);
+}
+
+// x, WindowType in; the scaled record (y), ENBW and CoherentGain out.
+void ScaledWindow(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar type(c.In(1));
+    const std::int32_t t = type.Int();
+    const std::int32_t n = x.Count();
+    ArgArray y;
+    CreateCopy(y, x, n);
+    double enbw = 0.0, gain = 0.0;
+    ThrowAnalysisStatus(ScaledWindowCore(y.AsDouble(), n, t, &enbw, &gain));
+    OutputArray(c, 2, y);
+    c.SetOutDouble(3, enbw);
+    c.SetOutDouble(4, gain);
+}
+
 // Not built yet.
-VN_NOT_IMPLEMENTED(Convolve)
-VN_NOT_IMPLEMENTED(Correlate)
-VN_NOT_IMPLEMENTED(Integrate)
-VN_NOT_IMPLEMENTED(Difference)
-VN_NOT_IMPLEMENTED(PulseParam)
-VN_NOT_IMPLEMENTED(Decimate)
-VN_NOT_IMPLEMENTED(Deconvolve)
-VN_NOT_IMPLEMENTED(UnWrap1D)
 VN_NOT_IMPLEMENTED(BwLPF)
 VN_NOT_IMPLEMENTED(BwHPF)
 VN_NOT_IMPLEMENTED(BwBPF)
@@ -290,24 +454,11 @@ VN_NOT_IMPLEMENTED(EquiRplLPCoef)
 VN_NOT_IMPLEMENTED(EquiRplHPCoef)
 VN_NOT_IMPLEMENTED(EquiRplBPCoef)
 VN_NOT_IMPLEMENTED(EquiRplBSCoef)
-VN_NOT_IMPLEMENTED(TriWin)
-VN_NOT_IMPLEMENTED(HanWin)
-VN_NOT_IMPLEMENTED(HamWin)
-VN_NOT_IMPLEMENTED(BkmanWin)
-VN_NOT_IMPLEMENTED(KsrWin)
-VN_NOT_IMPLEMENTED(BlkHarrisWin)
-VN_NOT_IMPLEMENTED(CosTaperedWin)
-VN_NOT_IMPLEMENTED(ExBkmanWin)
-VN_NOT_IMPLEMENTED(ExpWin)
-VN_NOT_IMPLEMENTED(FlatTopWin)
-VN_NOT_IMPLEMENTED(ForceWin)
-VN_NOT_IMPLEMENTED(GenCosWin)
 VN_NOT_IMPLEMENTED(ACDCEstimator)
 VN_NOT_IMPLEMENTED(AmpPhaseSpectrum)
 VN_NOT_IMPLEMENTED(AutoPowerSpectrum)
 VN_NOT_IMPLEMENTED(ImpulseResponse)
 VN_NOT_IMPLEMENTED(NetworkFunctions)
-VN_NOT_IMPLEMENTED(ScaledWindow)
 VN_NOT_IMPLEMENTED(TransferFunction)
 VN_NOT_IMPLEMENTED(CrossSpectrum)
 VN_NOT_IMPLEMENTED(CrossPowerSpectrum)
