@@ -4,17 +4,17 @@
 // into freshly created outputs and lets the kernel overwrite the copies; the
 // host's arrays are never touched. Generators create their result first and
 // let the kernel judge every count and parameter.
-#include "frame/controls.h"
-
 #include "VNMATH_h.h"
 #include "analysis/array/array_ops.h"
 #include "analysis/dsp/fft.h"
 #include "analysis/dsp/generators.h"
+#include "analysis/dsp/timedomain.h"
+#include "analysis/dsp/windows.h"
 #include "analysis/filter/iir.h"
+#include "frame/control_table.h"
+#include "frame/controls.h"
 #include "frame/errors.h"
 #include "frame/method_frame.h"
-
-#include "frame/control_table.h"
 
 namespace vn {
 namespace dsp_handlers {
@@ -253,177 +253,177 @@ void ArbitraryWave(Call& c) {
     ReturnArray(c, x);
 }
 
-// --- IIR filters -------------------------------------------------------------
-//
-// The filtering methods return x run through the designed cascade; the
-// coefficient methods hand back a and b of na and nb elements, zero past the
-// designed ones; IIRFiltering runs any a/b pair and hands its state back.
+// --- Time-domain operations -------------------------------------------------
 
 namespace {
 
-using SingleIirKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, std::int32_t, double*);
-using SingleIirKernelP = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, std::int32_t,
-                                            double*);
-using BandIirKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, std::int32_t, double*);
-using BandIirKernelP = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, double, std::int32_t,
-                                          double*);
+using PairKernel = AnalysisStatus (*)(const double*, std::int32_t, const double*, std::int32_t, double*);
 
-// x is one-dimensional; an empty x reaches the kernel, which reports it.
-// The kernel copies x into the result and filters it there.
-void IirFilterMethod(Call& c, int scalars, double* v, std::int32_t& order, ArgArray& x, ArgArray& y) {
-    x.AttachByValue(c.In(0));
-    x.Lock();
-    x.RequireDims(1);
-    for (int i = 0; i < scalars; ++i) {
-        ArgScalar s(c.In(1 + i));
-        v[i] = s.Double();
-    }
-    ArgScalar ord(c.In(1 + scalars));
-    order = ord.Int();
-    y.Create1D(x.Count());
+// Two one-dimensional sequences in, nx + ny - 1 values returned. Counts below
+// 1 get an empty result and the kernel's -20003.
+void DirectSumMethod(Call& c, PairKernel kernel) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgArray y(c.In(1));
+    RequireSignal(y);
+    const std::int32_t nx = x.Count(), ny = y.Count();
+    const std::int64_t total = static_cast<std::int64_t>(nx) + ny - 1;
+    ArgArray z;
+    z.Create1D(nx < 1 || ny < 1 || total > 0x7fffffff ? 0 : static_cast<std::int32_t>(total));
+    ThrowAnalysisStatus(kernel(x.AsDouble(), nx, y.AsDouble(), ny, z.AsDouble()));
+    ReturnArray(c, z);
 }
 
-void SingleIir(Call& c, SingleIirKernel kernel) {
-    ArgArray x, y;
-    double v[2];
-    std::int32_t order = 0;
-    IirFilterMethod(c, 2, v, order, x, y);
-    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], order, y.AsDouble()));
-    ReturnArray(c, y);
-}
+using RunningKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, double*);
 
-void SingleIirP(Call& c, SingleIirKernelP kernel) {
-    ArgArray x, y;
-    double v[3];
-    std::int32_t order = 0;
-    IirFilterMethod(c, 3, v, order, x, y);
-    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], order, y.AsDouble()));
-    ReturnArray(c, y);
-}
-
-void BandIir(Call& c, BandIirKernel kernel) {
-    ArgArray x, y;
-    double v[3];
-    std::int32_t order = 0;
-    IirFilterMethod(c, 3, v, order, x, y);
-    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], order, y.AsDouble()));
-    ReturnArray(c, y);
-}
-
-void BandIirP(Call& c, BandIirKernelP kernel) {
-    ArgArray x, y;
-    double v[4];
-    std::int32_t order = 0;
-    IirFilterMethod(c, 4, v, order, x, y);
-    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], v[3], order, y.AsDouble()));
-    ReturnArray(c, y);
-}
-
-// Type, Order, SampleFreq, CutoffFreqLow, CutoffFreqHigh, [Ripple |
-// Attenuation], na, nb, out a, out b. Negative counts give empty arrays; the
-// kernel then reports them (-20008).
-template <typename Design>
-void IirCoefMethod(Call& c, bool withParam, Design design) {
-    ArgScalar type(c.In(0)), order(c.In(1)), fs(c.In(2)), fl(c.In(3)), fh(c.In(4));
-    const std::int32_t t = type.Int(), o = order.Int();
-    const double s = fs.Double(), lo = fl.Double(), hi = fh.Double();
-    double param = 0;
-    int next = 5;
-    if (withParam) {
-        ArgScalar p(c.In(next++));
-        param = p.Double();
-    }
-    ArgScalar countA(c.In(next)), countB(c.In(next + 1));
-    const std::int32_t na = countA.Int(), nb = countB.Int();
-    ArgArray a, b;
-    a.Create1D(na < 0 ? 0 : na);
-    b.Create1D(nb < 0 ? 0 : nb);
-    ThrowAnalysisStatus(design(t, o, s, lo, hi, param, a.AsDouble(), na, b.AsDouble(), nb));
-    OutputArray(c, next + 2, a);
-    OutputArray(c, next + 3, b);
-}
-
-// A state array of IIRFiltering (in/out parameter i) that must hold at least
-// `needed` values. It is copied into `state`, which the kernel updates and
-// which is handed back. A state of no values may be an empty array, Empty
-// or omitted; it is then left as it was.
-bool ReadState(Call& c, int i, std::int32_t needed, ArgArray& state) {
-    if (needed <= 0 && IsMissingArgument(*c.Out(i))) return false;
-    ArgArray given;
-    given.AttachByValue(*c.Out(i));
-    given.Lock();
-    given.RequireMoreElements(needed - 1);
-    const std::int32_t count = given.Count();
-    state.Create1D(count);
-    if (count > 0) ThrowAnalysisStatus(CopyValues(given.AsDouble(), count, state.AsDouble()));
-    return true;
+// x, dt, xInit, xFinal in; n values returned.
+void RunningMethod(Call& c, RunningKernel kernel) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar step(c.In(1)), first(c.In(2)), last(c.In(3));
+    const double dt = step.Double(), x0 = first.Double(), x1 = last.Double();
+    const std::int32_t n = x.Count();
+    ArgArray z;
+    z.Create1D(n);
+    ThrowAnalysisStatus(kernel(x.AsDouble(), n, dt, x0, x1, z.AsDouble()));
+    ReturnArray(c, z);
 }
 
 }  // namespace
 
-void BwLPF(Call& c) { SingleIir(c, BwLowPass); }
-void BwHPF(Call& c) { SingleIir(c, BwHighPass); }
-void BwBPF(Call& c) { BandIir(c, BwBandPass); }
-void BwBSF(Call& c) { BandIir(c, BwBandStop); }
-void ChLPF(Call& c) { SingleIirP(c, ChLowPass); }
-void ChHPF(Call& c) { SingleIirP(c, ChHighPass); }
-void ChBPF(Call& c) { BandIirP(c, ChBandPass); }
-void ChBSF(Call& c) { BandIirP(c, ChBandStop); }
-void InvChLPF(Call& c) { SingleIirP(c, InvChLowPass); }
-void InvChHPF(Call& c) { SingleIirP(c, InvChHighPass); }
-void InvChBPF(Call& c) { BandIirP(c, InvChBandPass); }
-void InvChBSF(Call& c) { BandIirP(c, InvChBandStop); }
+void Convolve(Call& c) { DirectSumMethod(c, ConvolveDirect); }
+void Correlate(Call& c) { DirectSumMethod(c, CorrelateDirect); }
+void Integrate(Call& c) { RunningMethod(c, IntegrateSimpson); }
+void Difference(Call& c) { RunningMethod(c, DifferenceCentral); }
 
-void BwCoef(Call& c) {
-    IirCoefMethod(c, false,
-                  [](std::int32_t t, std::int32_t o, double fs, double fl, double fh, double, double* a, std::int32_t na,
-                     double* b, std::int32_t nb) { return BwCoefDesign(t, o, fs, fl, fh, a, na, b, nb); });
+// y (the convolution) first, then x; ny - nx + 1 values returned (empty for
+// nx = ny + 1).
+void Deconvolve(Call& c) {
+    ArgArray y(c.In(0));
+    RequireSignal(y);
+    ArgArray x(c.In(1));
+    RequireSignal(x);
+    const std::int32_t ny = y.Count(), nx = x.Count();
+    const std::int32_t nout = ny - nx + 1;
+    ArgArray h;
+    h.Create1D(nx < 1 || ny < 1 || nout < 0 ? 0 : nout);
+    ThrowAnalysisStatus(DeconvolveFFT(y.AsDouble(), ny, x.AsDouble(), nx, h.AsDouble()));
+    ReturnArray(c, h);
 }
-void ChCoef(Call& c) { IirCoefMethod(c, true, ChCoefDesign); }
-void InvChCoef(Call& c) { IirCoefMethod(c, true, InvChCoefDesign); }
 
-// x, a, b, in/out y1, in/out x1, out y. An empty a (an array of no
-// elements, Empty or omitted) runs b alone as an FIR filter; y1 is then not
-// read and is left as it was.
-void IIRFiltering(Call& c) {
+// The third argument switches block averaging on when it is non-zero.
+void Decimate(Call& c) {
     ArgArray x(c.In(0));
-    x.RequireDims(1);
-    ArgArray a;
-    std::int32_t na = 0;
-    if (!c.IsMissing(1)) {
-        a.AttachByValue(c.In(1));
-        a.Lock();
-        a.RequireDims(1);
-        na = a.Count();
-    }
-    ArgArray b(c.In(2));
-    b.RequireDims(1);
-    const std::int32_t nb = b.Count();
-    ArgArray y1, x1;
-    double none = 0;  // y1 of a one-coefficient a, which holds no values
-    const bool hasY1 = na > 0 && ReadState(c, 3, na - 1, y1);
-    const bool hasX1 = ReadState(c, 4, nb - 1, x1);
+    RequireSignal(x);
+    ArgScalar factor(c.In(1)), averaging(c.In(2));
+    const std::int32_t d = factor.Int();
+    const bool average = averaging.Double() != 0.0;
+    const std::int32_t n = x.Count();
+    ArgArray z;
+    z.Create1D(DecimatedLength(n, d));
+    ThrowAnalysisStatus(DecimateCore(x.AsDouble(), n, d, average, z.AsDouble()));
+    ReturnArray(c, z);
+}
+
+void UnWrap1D(Call& c) { RealTransformMethod(c, UnwrapPhase); }
+
+// Twelve by-reference outputs: eight levels, four times in samples (32-bit
+// integers) and the slew rate.
+void PulseParam(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    PulseParameters p;
+    ThrowAnalysisStatus(PulseParamCore(x.AsDouble(), x.Count(), &p));
+    c.SetOutDouble(1, p.amp);
+    c.SetOutDouble(2, p.amp90);
+    c.SetOutDouble(3, p.amp50);
+    c.SetOutDouble(4, p.amp10);
+    c.SetOutDouble(5, p.top);
+    c.SetOutDouble(6, p.base);
+    c.SetOutDouble(7, p.top_overshoot);
+    c.SetOutDouble(8, p.base_overshoot);
+    c.SetOutInt(9, p.delay);
+    c.SetOutInt(10, p.width);
+    c.SetOutInt(11, p.rise_time);
+    c.SetOutInt(12, p.fall_time);
+    c.SetOutDouble(13, p.slew_rate);
+}
+
+// --- Windows -----------------------------------------------------------------
+//
+// x windowed in a copy and returned; the scalar parameters are never
+// rejected.
+
+namespace {
+
+template <class Kernel>
+void WindowMethod(Call& c, Kernel kernel) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
     const std::int32_t n = x.Count();
     ArgArray y;
-    y.Create1D(n);
-    double* y1Data = na > 0 ? (hasY1 && y1.Count() > 0 ? y1.AsDouble() : &none) : nullptr;
-    double* x1Data = hasX1 && x1.Count() > 0 ? x1.AsDouble() : nullptr;
-    ThrowAnalysisStatus(IIRFilterRun(x.AsDouble(), n, na > 0 ? a.AsDouble() : nullptr, y1Data, na, b.AsDouble(),
-                                     x1Data, nb, y.AsDouble()));
-    if (hasY1) OutputArray(c, 3, y1);
-    if (hasX1) OutputArray(c, 4, x1);
-    OutputArray(c, 5, y);
+    CreateCopy(y, x, n);
+    ThrowAnalysisStatus(kernel(y.AsDouble(), n));
+    ReturnArray(c, y);
+}
+
+// x and one scalar parameter (beta, Final or Duty).
+void WindowWithParameter(Call& c, AnalysisStatus (*kernel)(double*, std::int32_t, double)) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar parameter(c.In(1));
+    const double v = parameter.Double();
+    const std::int32_t n = x.Count();
+    ArgArray y;
+    CreateCopy(y, x, n);
+    ThrowAnalysisStatus(kernel(y.AsDouble(), n, v));
+    ReturnArray(c, y);
+}
+
+}  // namespace
+
+void TriWin(Call& c) { WindowMethod(c, TriangleWindow); }
+void HanWin(Call& c) { WindowMethod(c, HanningWindow); }
+void HamWin(Call& c) { WindowMethod(c, HammingWindow); }
+void BkmanWin(Call& c) { WindowMethod(c, BlackmanWindow); }
+void BlkHarrisWin(Call& c) { WindowMethod(c, BlackmanHarrisWindow); }
+void CosTaperedWin(Call& c) { WindowMethod(c, CosineTaperWindow); }
+void ExBkmanWin(Call& c) { WindowMethod(c, ExactBlackmanWindow); }
+void FlatTopWin(Call& c) { WindowMethod(c, FlatTopWindow); }
+void KsrWin(Call& c) { WindowWithParameter(c, KaiserWindow); }
+void ExpWin(Call& c) { WindowWithParameter(c, ExponentialWindow); }
+void ForceWin(Call& c) { WindowWithParameter(c, ForceWindow); }
+
+// x and the one-dimensional coefficient array a (its element count is m).
+void GenCosWin(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgArray a(c.In(1));
+    RequireSignal(a);
+    const std::int32_t n = x.Count(), m = a.Count();
+    ArgArray y;
+    CreateCopy(y, x, n);
+    ThrowAnalysisStatus(GeneralCosineWindow(y.AsDouble(), n, a.AsDouble(), m));
+    ReturnArray(c, y);
+}
+
+// x, WindowType in; the scaled record (y), ENBW and CoherentGain out.
+void ScaledWindow(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar type(c.In(1));
+    const std::int32_t t = type.Int();
+    const std::int32_t n = x.Count();
+    ArgArray y;
+    CreateCopy(y, x, n);
+    double enbw = 0.0, gain = 0.0;
+    ThrowAnalysisStatus(ScaledWindowCore(y.AsDouble(), n, t, &enbw, &gain));
+    OutputArray(c, 2, y);
+    c.SetOutDouble(3, enbw);
+    c.SetOutDouble(4, gain);
 }
 
 // Not built yet.
-VN_NOT_IMPLEMENTED(Convolve)
-VN_NOT_IMPLEMENTED(Correlate)
-VN_NOT_IMPLEMENTED(Integrate)
-VN_NOT_IMPLEMENTED(Difference)
-VN_NOT_IMPLEMENTED(PulseParam)
-VN_NOT_IMPLEMENTED(Decimate)
-VN_NOT_IMPLEMENTED(Deconvolve)
-VN_NOT_IMPLEMENTED(UnWrap1D)
 VN_NOT_IMPLEMENTED(ElpLPF)
 VN_NOT_IMPLEMENTED(ElpHPF)
 VN_NOT_IMPLEMENTED(ElpBPF)
@@ -441,24 +441,11 @@ VN_NOT_IMPLEMENTED(EquiRplLPCoef)
 VN_NOT_IMPLEMENTED(EquiRplHPCoef)
 VN_NOT_IMPLEMENTED(EquiRplBPCoef)
 VN_NOT_IMPLEMENTED(EquiRplBSCoef)
-VN_NOT_IMPLEMENTED(TriWin)
-VN_NOT_IMPLEMENTED(HanWin)
-VN_NOT_IMPLEMENTED(HamWin)
-VN_NOT_IMPLEMENTED(BkmanWin)
-VN_NOT_IMPLEMENTED(KsrWin)
-VN_NOT_IMPLEMENTED(BlkHarrisWin)
-VN_NOT_IMPLEMENTED(CosTaperedWin)
-VN_NOT_IMPLEMENTED(ExBkmanWin)
-VN_NOT_IMPLEMENTED(ExpWin)
-VN_NOT_IMPLEMENTED(FlatTopWin)
-VN_NOT_IMPLEMENTED(ForceWin)
-VN_NOT_IMPLEMENTED(GenCosWin)
 VN_NOT_IMPLEMENTED(ACDCEstimator)
 VN_NOT_IMPLEMENTED(AmpPhaseSpectrum)
 VN_NOT_IMPLEMENTED(AutoPowerSpectrum)
 VN_NOT_IMPLEMENTED(ImpulseResponse)
 VN_NOT_IMPLEMENTED(NetworkFunctions)
-VN_NOT_IMPLEMENTED(ScaledWindow)
 VN_NOT_IMPLEMENTED(TransferFunction)
 VN_NOT_IMPLEMENTED(CrossSpectrum)
 VN_NOT_IMPLEMENTED(CrossPowerSpectrum)

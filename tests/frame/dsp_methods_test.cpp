@@ -392,6 +392,108 @@ TEST_F(DspMethods, IirFailures) {
         {"x1 short", L"IIRFiltering", {x, DoubleArray({1}), DoubleArray({1, 1}), e, e, o}, 3, E(20008), msg::kShape},
         {"empty b", L"IIRFiltering", {x, DoubleArray({1}), e, e, e, o}, 3, E(20003), msg::kSamples},
     };
+
+// One wiring row per time-domain and window method: small inputs whose
+// results follow from the definitions by hand (the numerics are tested with
+// the kernels). Inputs go by reference where the handler must not write
+// into them.
+TEST_F(DspMethods, TimeDomainAndWindowWiring) {
+    const double twoPi = 6.283185307179586;
+    const Var ones4 = DoubleArray(Vec(4, 1.0)), ramp10 = DoubleArray({0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+    auto i0 = [](double z) {  // the Bessel series, converged for small z
+        double sum = 1, term = 1;
+        for (int k = 1; k < 30; ++k) term *= (z / 2) * (z / 2) / (k * k), sum += term;
+        return sum;
+    };
+    const double k1 = i0(2 * std::sqrt(0.75)) / i0(2);
+    Vec taper(20, 1.0);
+    taper[0] = taper[19] = 0, taper[1] = taper[18] = 0.5;
+    struct Row {
+        const wchar_t* method;
+        std::vector<Var> args;
+        Vec want;
+        double tol;
+    };
+    const std::vector<Row> rows = {
+        {L"Convolve", {DoubleArray({1, 2}), TypedArray(VT_I4, {1, 1, 1})}, {1, 3, 3, 2}, 0},
+        {L"Correlate", {DoubleArray({1, 2}), DoubleArray({1, 1, 1})}, {2, 3, 3, 1}, 0},
+        {L"Deconvolve", {DoubleArray({1, 3, 3, 2}), DoubleArray({1, 2})}, {1, 1, 1}, 1e-15},
+        {L"Integrate", {DoubleArray({1, 1, 1}), 1.0, 1.0, 1.0}, {1, 2, 3}, 1e-15},
+        {L"Difference", {DoubleArray({0, 1, 2, 3}), 1.0, -1.0, 4.0}, {1, 1, 1, 1}, 0},
+        {L"Decimate", {ramp10, 3, 0}, {0, 3, 6, 9}, 0},
+        {L"UnWrap1D", {DoubleArray({0, 3.5, 0})}, {0, 3.5 - twoPi, 0}, 1e-15},
+        {L"TriWin", {DoubleArray(Vec(5, 2.0))}, {0, 1, 2, 2, 1}, 0},
+        {L"HanWin", {ones4}, {0, 0.5, 1, 0.5}, 1e-15},
+        {L"HamWin", {ones4}, {0.08, 0.54, 1, 0.54}, 1e-15},
+        {L"BkmanWin", {ones4}, {-1.3877787807814457e-17, 0.34, 1, 0.34}, 1e-15},
+        {L"KsrWin", {ones4, 2.0}, {1 / i0(2), k1, 1, k1}, 1e-9},
+        {L"BlkHarrisWin", {ones4}, {0.0049, 0.34401, 1, 0.34401}, 1e-15},
+        {L"CosTaperedWin", {DoubleArray(Vec(20, 1.0))}, taper, 1e-15},
+        {L"ExBkmanWin", {ones4}, {0.006878761822871851, 0.3497420464316423, 1, 0.3497420464316423}, 1e-15},
+        {L"ExpWin", {DoubleArray({1, 1, 1}), 0.25}, {1, 0.5, 0.25}, 1e-15},
+        {L"FlatTopWin", {ones4}, {-0.041794346999999954, 0.0830248939, 1, 0.0830248939}, 1e-15},
+        {L"ForceWin", {ones4, Var(L"50")}, {1, 1, 0, 0}, 0},
+        {L"GenCosWin", {ones4, DoubleArray({0.5, 0.5})}, {0, 0.5, 1, 0.5}, 1e-15},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(Narrow(r.method));
+        const auto out = Ok(r.method, r.args, 0);
+        for (std::size_t i = 0; i < r.args.size(); ++i) {
+            if (r.args[i].vt() & VT_ARRAY) EXPECT_EQ(Doubles(out[i]), Doubles(r.args[i])) << "input " << i;
+        }
+        EXPECT_EQ(LowerBounds(out.back()), std::vector<LONG>{0});
+        ExpectNear(Doubles(out.back()), r.want, r.tol, "result");
+    }
+    // The averaging switch of Decimate is any non-zero value (True is -1).
+    Var on;
+    V_VT(on.get()) = VT_BOOL, V_BOOL(on.get()) = VARIANT_TRUE;
+    EXPECT_EQ(Gen(L"Decimate", {ramp10, 3, on}), (Vec{1, 4, 7, 9}));
+
+    // ScaledWindow: y, ENBW and CoherentGain by reference.
+    const auto sw = Ok(L"ScaledWindow", {ones4, 1, Var(), Var(), Var()}, 2);
+    ExpectNear(Doubles(sw[2]), {0, 1, 2, 1}, 1e-15, "ScaledWindow y");
+    EXPECT_EQ(Only(sw[3]), 1.5);
+    EXPECT_EQ(Only(sw[4]), 0.5);
+
+    // PulseParam of a clean rectangle: levels at the outer histogram bin
+    // centres 0.02 and 0.98, times as 32-bit integers.
+    std::vector<Var> pp{DoubleArray({0, 0, 1, 1, 1, 0, 0})};
+    for (int i = 0; i < 13; ++i) pp.push_back(Var());
+    const auto p = Ok(L"PulseParam", pp, 1);
+    const double want[] = {0.96, 0.864, 0.48, 0.096, 0.98, 0.02, 0.02, 0.02, 2, 3, 1, 1, 0.768};
+    for (int i = 1; i <= 13; ++i) {
+        EXPECT_NEAR(Only(p[i]), want[i - 1], 1e-14) << "output " << i;
+        EXPECT_EQ(p[i].vt(), i >= 9 && i <= 12 ? VT_I4 : VT_R8) << "output " << i;
+    }
+}
+
+TEST_F(DspMethods, TimeDomainAndWindowFailures) {
+    const Var v4 = DoubleArray(Vec(4, 1.0)), e = EmptyArray(VT_R8), m = DoubleMatrix(2, 2, {1, 2, 3, 4}), o;
+    const wchar_t* const kDt = L"dt must be > 0.";
+    auto E = VnError;
+    std::vector<Failure> rows = {
+        {"empty", L"Convolve", {e, v4}, 0, E(20003), msg::kSamples},
+        {"2-D", L"Correlate", {v4, m}, 0, E(20008), msg::kShape},
+        {"nx > ny + 1", L"Deconvolve", {DoubleArray({1, 2}), v4}, 0, E(20008), msg::kShape},
+        {"dt = 0", L"Integrate", {v4, 0.0, 0.0, 0.0}, 0, E(20016), kDt},
+        {"dt < 0", L"Difference", {v4, -1.0, 0.0, 0.0}, 0, E(20016), kDt},
+        {"factor 5 of 4", L"Decimate", {v4, 5, 0}, 0, E(20022),
+         L"The decimating factor must meet:  0 < decimating factor <= samples."},
+        {"scalar", L"UnWrap1D", {1.0}, 0, E(30103), msg::kNotArray},
+        {"one sample", L"ExpWin", {DoubleArray({1}), 0.5}, 0, E(20006), L"The number of samples must be >= 2."},
+        {"no coefficients", L"GenCosWin", {v4, e}, 0, E(20003), msg::kSamples},
+        {"2-D coefficients", L"GenCosWin", {v4, m}, 0, E(20008), msg::kShape},
+        {"not a number", L"KsrWin", {v4, Var(L"beta")}, 0, DISP_E_TYPEMISMATCH, nullptr},
+        {"empty", L"ScaledWindow", {e, 1, o, o, o}, 3, E(20003), msg::kSamples},
+    };
+    for (const wchar_t* w : {L"TriWin", L"HanWin", L"HamWin", L"BkmanWin", L"BlkHarrisWin", L"CosTaperedWin",
+                             L"ExBkmanWin", L"FlatTopWin"}) {
+        rows.push_back({"empty", w, {e}, 0, E(20003), msg::kSamples});
+        rows.push_back({"2-D", w, {m}, 0, E(20008), msg::kShape});
+    }
+    std::vector<Var> pp{e};
+    for (int i = 0; i < 13; ++i) pp.push_back(i % 2 ? Var(7.0) : Var());
+    rows.push_back({"empty", L"PulseParam", pp, 13, E(20003), msg::kSamples});
     ExpectFailures(dsp_, rows, kSource);
 }
 
