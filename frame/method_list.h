@@ -234,7 +234,7 @@
     M(80, CrossPowerSpectrum, VOID, "Single-sided cross power spectrum.", ARG_IN(x), ARG_IN(y), ARG_IN(dt), ARG_OUT(magSxy), ARG_OUT(phaseSxy), ARG_OUT(df)) \
     M(81, PowerFrequencyEstimate, VOID, "Frequency and power of a spectral peak.", ARG_IN(AutoSpectrum), ARG_IN(SearchFreq), ARG_IN(ENBW), ARG_IN(CoherentGain), ARG_IN(df), ARG_IN(Span), ARG_OUT(FreqPeak), ARG_OUT(PowerPeak)) \
     M(82, IIRFiltering, VOID, "Runs samples through an IIR filter, carrying its state.", ARG_IN(x), ARG_IN(a), ARG_IN(b), ARG_OUT(y1), ARG_OUT(x1), ARG_OUT(y)) \
-    M(83, SpectrumUnitConversion, VARIANT, "Converts an auto power spectrum to other units.", ARG_IN(Spectrum), ARG_IN(Unit), ARG_IN(Scale), ARG_IN(ENBW), ARG_IN(df)) \
+    M(83, SpectrumUnitConversion, VARIANT, "Converts a spectrum between spectrum types, scaling modes and display units.", ARG_IN(Spectrum), ARG_IN(SpectrumType), ARG_IN(ScalingMode), ARG_IN(DisplayUnit), ARG_IN(df), ARG_IN(ENBW), ARG_IN(CoherentGain), ARG_OUT(ConvertedSpectrum)) \
     M(84, ElpCoef, VOID, "Elliptic IIR filter coefficients.", ARG_IN(Type), ARG_IN(Order), ARG_IN(SampleFreq), ARG_IN(CutoffFreqLow), ARG_IN(CutoffFreqHigh), ARG_IN(Ripple), ARG_IN(Attenuation), ARG_IN(na), ARG_IN(nb), ARG_OUT(a), ARG_OUT(b)) \
     M(85, BwCoef, VOID, "Butterworth IIR filter coefficients.", ARG_IN(Type), ARG_IN(Order), ARG_IN(SampleFreq), ARG_IN(CutoffFreqLow), ARG_IN(CutoffFreqHigh), ARG_IN(na), ARG_IN(nb), ARG_OUT(a), ARG_OUT(b)) \
     M(86, ChCoef, VOID, "Chebyshev IIR filter coefficients.", ARG_IN(Type), ARG_IN(Order), ARG_IN(SampleFreq), ARG_IN(CutoffFreqLow), ARG_IN(CutoffFreqHigh), ARG_IN(Ripple), ARG_IN(na), ARG_IN(nb), ARG_OUT(a), ARG_OUT(b)) \

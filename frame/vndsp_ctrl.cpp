@@ -8,6 +8,7 @@
 #include "analysis/array/array_ops.h"
 #include "analysis/dsp/fft.h"
 #include "analysis/dsp/generators.h"
+#include "analysis/dsp/spectra.h"
 #include "analysis/dsp/timedomain.h"
 #include "analysis/dsp/windows.h"
 #include "analysis/filter/iir.h"
@@ -423,6 +424,173 @@ void ScaledWindow(Call& c) {
     c.SetOutDouble(4, gain);
 }
 
+// --- Power and cross spectra, network measurements -------------------------
+//
+// Records are one-dimensional; a second record must have the same length
+// (-20008). Single-sided outputs get n/2 elements (none for n = 1); the
+// kernels judge n (count, power of two) after the outputs are sized.
+
+namespace {
+
+// The second record of a pair: one-dimensional and as long as the first.
+void RequireSecondRecord(const ArgArray& y, const ArgArray& x) {
+    y.RequireSameShape(x);
+    y.RequireSize(0, x.Size(0));
+}
+
+// Half-length outputs of a single-sided spectrum (n/2 doubles; 0 for n < 2).
+void CreateHalf(ArgArray& z, std::int32_t n) { z.Create1D(n < 2 ? 0 : n / 2); }
+
+// x, y, dt in; two single-sided arrays and df out at parameters 3, 4, 5.
+using PairSpectrumKernel = AnalysisStatus (*)(const double*, const double*, std::int32_t, double, double*, double*,
+                                              double*);
+void PairSpectrumMethod(Call& c, PairSpectrumKernel kernel) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgArray y(c.In(1));
+    RequireSecondRecord(y, x);
+    ArgScalar step(c.In(2));
+    const double dt = step.Double();
+    const std::int32_t n = x.Count();
+    ArgArray a, b;
+    CreateHalf(a, n);
+    CreateHalf(b, n);
+    double df = 0;
+    ThrowAnalysisStatus(kernel(x.AsDouble(), y.AsDouble(), n, dt, a.AsDouble(), b.AsDouble(), &df));
+    OutputArray(c, 3, a);
+    OutputArray(c, 4, b);
+    c.SetOutDouble(5, df);
+}
+
+}  // namespace
+
+void AutoPowerSpectrum(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar step(c.In(1));
+    const double dt = step.Double();
+    const std::int32_t n = x.Count();
+    ArgArray s;
+    CreateHalf(s, n);
+    double df = 0;
+    ThrowAnalysisStatus(AutoPowerSpectrumCore(x.AsDouble(), n, dt, s.AsDouble(), &df));
+    OutputArray(c, 2, s);
+    c.SetOutDouble(3, df);
+}
+
+void AmpPhaseSpectrum(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgScalar flag(c.In(1)), step(c.In(2));
+    const std::int32_t unwrap = flag.Int();
+    const double dt = step.Double();
+    const std::int32_t n = x.Count();
+    ArgArray amp, phase;
+    CreateHalf(amp, n);
+    CreateHalf(phase, n);
+    double df = 0;
+    ThrowAnalysisStatus(AmpPhaseSpectrumCore(x.AsDouble(), n, unwrap, dt, amp.AsDouble(), phase.AsDouble(), &df));
+    OutputArray(c, 3, amp);
+    OutputArray(c, 4, phase);
+    c.SetOutDouble(5, df);
+}
+
+// Any length is accepted: both outputs have n rounded up to a power of two.
+void CrossSpectrum(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    ArgArray y(c.In(1));
+    RequireSecondRecord(y, x);
+    const std::int32_t n = x.Count(), padded = CrossSpectrumLength(n);
+    ArgArray re, im;
+    re.Create1D(padded);
+    im.Create1D(padded);
+    ThrowAnalysisStatus(CrossSpectrumCore(x.AsDouble(), y.AsDouble(), n, re.AsDouble(), im.AsDouble()));
+    OutputArray(c, 2, re);
+    OutputArray(c, 3, im);
+}
+
+void CrossPowerSpectrum(Call& c) { PairSpectrumMethod(c, CrossPowerSpectrumCore); }
+void TransferFunction(Call& c) { PairSpectrumMethod(c, TransferFunctionCore); }
+
+void ACDCEstimator(Call& c) {
+    ArgArray x(c.In(0));
+    RequireSignal(x);
+    double ac = 0, dc = 0;
+    ThrowAnalysisStatus(ACDCEstimatorCore(x.AsDouble(), x.Count(), &ac, &dc));
+    c.SetOutDouble(1, ac);
+    c.SetOutDouble(2, dc);
+}
+
+void ImpulseResponse(Call& c) {
+    ArgArray s(c.In(0));
+    RequireSignal(s);
+    ArgArray r(c.In(1));
+    RequireSecondRecord(r, s);
+    const std::int32_t n = s.Count();
+    ArgArray h;
+    h.Create1D(n);
+    ThrowAnalysisStatus(ImpulseResponseCore(s.AsDouble(), r.AsDouble(), n, h.AsDouble()));
+    ReturnArray(c, h);
+}
+
+// Stimulus and Response hold one record per row: dimension 1 counts the
+// records, dimension 2 is the record length. The rows lie one after another
+// in the data block, as the kernel takes them.
+void NetworkFunctions(Call& c) {
+    ArgArray s(c.In(0));
+    s.RequireDims(2);
+    ArgArray r(c.In(1));
+    r.RequireSameShape(s);
+    ArgScalar step(c.In(2));
+    const double dt = step.Double();
+    const std::int32_t frames = s.Size(0), n = s.Size(1);
+    ArgArray mag_sxy, phase_sxy, mag_hf, phase_hf, coherence, impulse;
+    for (ArgArray* z : {&mag_sxy, &phase_sxy, &mag_hf, &phase_hf, &coherence}) CreateHalf(*z, n);
+    impulse.Create1D(n);
+    double df = 0;
+    ThrowAnalysisStatus(NetworkFunctionsCore(s.AsDouble(), r.AsDouble(), n, frames, dt, mag_sxy.AsDouble(),
+                                             phase_sxy.AsDouble(), mag_hf.AsDouble(), phase_hf.AsDouble(),
+                                             coherence.AsDouble(), impulse.AsDouble(), &df));
+    OutputArray(c, 3, mag_sxy);
+    OutputArray(c, 4, phase_sxy);
+    OutputArray(c, 5, mag_hf);
+    OutputArray(c, 6, phase_hf);
+    OutputArray(c, 7, coherence);
+    OutputArray(c, 8, impulse);
+    c.SetOutDouble(9, df);
+}
+
+void PowerFrequencyEstimate(Call& c) {
+    ArgArray s(c.In(0));
+    RequireSignal(s);
+    ArgScalar search(c.In(1)), enbw(c.In(2)), gain(c.In(3)), bin(c.In(4)), span(c.In(5));
+    const double f = search.Double(), e = enbw.Double(), g = gain.Double(), df = bin.Double();
+    const std::int32_t w = span.Int();
+    double freq = 0, power = 0;
+    ThrowAnalysisStatus(PeakPowerFrequency(s.AsDouble(), s.Count(), f, e, g, df, w, &freq, &power));
+    c.SetOutDouble(6, freq);
+    c.SetOutDouble(7, power);
+}
+
+// The converted spectrum goes both to ConvertedSpectrum and to the return
+// value.
+void SpectrumUnitConversion(Call& c) {
+    ArgArray s(c.In(0));
+    RequireSignal(s);
+    ArgScalar type(c.In(1)), scaling(c.In(2)), unit(c.In(3)), bin(c.In(4)), enbw(c.In(5)), gain(c.In(6));
+    const std::int32_t t = type.Int(), sc = scaling.Int(), u = unit.Int();
+    const double df = bin.Double(), e = enbw.Double(), g = gain.Double();
+    const std::int32_t n = s.Count();
+    ArgArray z, copy;
+    z.Create1D(n);
+    ThrowAnalysisStatus(SpectrumUnitConversionCore(s.AsDouble(), n, t, sc, u, df, e, g, z.AsDouble()));
+    CreateCopy(copy, z, n);
+    OutputArray(c, 7, z);
+    ReturnArray(c, copy);
+}
+
+
 // Not built yet.
 VN_NOT_IMPLEMENTED(ElpLPF)
 VN_NOT_IMPLEMENTED(ElpHPF)
@@ -441,16 +609,6 @@ VN_NOT_IMPLEMENTED(EquiRplLPCoef)
 VN_NOT_IMPLEMENTED(EquiRplHPCoef)
 VN_NOT_IMPLEMENTED(EquiRplBPCoef)
 VN_NOT_IMPLEMENTED(EquiRplBSCoef)
-VN_NOT_IMPLEMENTED(ACDCEstimator)
-VN_NOT_IMPLEMENTED(AmpPhaseSpectrum)
-VN_NOT_IMPLEMENTED(AutoPowerSpectrum)
-VN_NOT_IMPLEMENTED(ImpulseResponse)
-VN_NOT_IMPLEMENTED(NetworkFunctions)
-VN_NOT_IMPLEMENTED(TransferFunction)
-VN_NOT_IMPLEMENTED(CrossSpectrum)
-VN_NOT_IMPLEMENTED(CrossPowerSpectrum)
-VN_NOT_IMPLEMENTED(PowerFrequencyEstimate)
-VN_NOT_IMPLEMENTED(SpectrumUnitConversion)
 VN_NOT_IMPLEMENTED(ElpCoef)
 
 }  // namespace dsp_handlers

@@ -494,6 +494,88 @@ TEST_F(DspMethods, TimeDomainAndWindowFailures) {
     std::vector<Var> pp{e};
     for (int i = 0; i < 13; ++i) pp.push_back(i % 2 ? Var(7.0) : Var());
     rows.push_back({"empty", L"PulseParam", pp, 13, E(20003), msg::kSamples});
+
+// --- Spectra and network measurements: one wiring row per method ------------
+
+// A cosine of amplitude 2 at bin 2 of 8 samples (dt = 0.125 s, df = 1 Hz):
+// power 2 at bin 2, RMS amplitude sqrt 2, phase 0.
+TEST_F(DspMethods, SpectraReachTheirKernels) {
+    Vec x(8), twice(8);
+    for (int i = 0; i < 8; ++i) x[i] = 2 * std::cos(2 * kPi * 2 * i / 8), twice[i] = 2 * x[i];
+    const Var X = DoubleArray(x), Y = DoubleArray(twice);
+    const double tol = 1e-14;
+
+    auto a = Ok(L"AutoPowerSpectrum", {X, 0.125, Var(), Var()}, 2);
+    ExpectNear(Doubles(a[2]), {0, 0, 2, 0}, tol, "AutoPowerSpectrum");
+    EXPECT_EQ(Only(a[3]), 1.0);
+
+    a = Ok(L"AmpPhaseSpectrum", {X, 1, 0.125, Var(), Var(), Var()}, 3);
+    EXPECT_NEAR(Doubles(a[3])[2], std::sqrt(2.0), tol);
+    EXPECT_EQ(Doubles(a[4]).size(), 4u);
+    EXPECT_EQ(Only(a[5]), 1.0);
+
+    a = Ok(L"CrossSpectrum", {DoubleArray({1, 2, 3}), DoubleArray({1, 2, 3}), Var(), Var()}, 2);
+    ExpectNear(Doubles(a[2]), {36.0 / 16, (4 + 4) / 16.0, 4.0 / 16, 8.0 / 16}, tol, "CrossSpectrum re");
+    ExpectNear(Doubles(a[3]), {0, 0, 0, 0}, tol, "CrossSpectrum im");
+
+    a = Ok(L"CrossPowerSpectrum", {X, Y, 0.125, Var(), Var(), Var()}, 3);
+    ExpectNear(Doubles(a[3]), {0, 0, 4, 0}, tol, "CrossPowerSpectrum");
+    EXPECT_EQ(Only(a[5]), 1.0);
+
+    a = Ok(L"ACDCEstimator", {DoubleArray(Vec(8, 3.0)), Var(), Var()}, 1);
+    EXPECT_EQ(Only(a[1]), 0.0);
+    EXPECT_EQ(Only(a[2]), 3.0);
+
+    a = Ok(L"TransferFunction", {X, Y, 0.125, Var(), Var(), Var()}, 3);
+    EXPECT_NEAR(Doubles(a[3])[2], 2, tol);
+    EXPECT_EQ(Doubles(a[4]).size(), 4u);
+    EXPECT_EQ(Only(a[5]), 1.0);
+
+    Vec s = x, r = twice;
+    s[0] += 1, r[0] += 2;  // every bin excited
+    ExpectNear(Doubles(Ok(L"ImpulseResponse", {DoubleArray(s), DoubleArray(r)}).back()), {2, 0, 0, 0, 0, 0, 0, 0}, 1e-13,
+               "ImpulseResponse");
+
+    Vec s2 = s, r2 = r;
+    s2.insert(s2.end(), s.rbegin(), s.rend());
+    r2.insert(r2.end(), r.rbegin(), r.rend());
+    a = Ok(L"NetworkFunctions",
+           {DoubleMatrix(2, 8, s2), DoubleMatrix(2, 8, r2), 0.125, Var(), Var(), Var(), Var(), Var(), Var(), Var()}, 3);
+    for (int i = 3; i <= 7; ++i) EXPECT_EQ(Doubles(a[i]).size(), 4u) << i;
+    ExpectNear(Doubles(a[5]), {2, 2, 2, 2}, 1e-13, "magHf");
+    ExpectNear(Doubles(a[7]), {1, 1, 1, 1}, 1e-13, "Coherence");
+    ExpectNear(Doubles(a[8]), {2, 0, 0, 0, 0, 0, 0, 0}, 1e-13, "Impulse");
+    EXPECT_EQ(Only(a[9]), 1.0);
+
+    a = Ok(L"PowerFrequencyEstimate", {DoubleArray({0, 1, 4, 1, 0}), 2.0, 2.0, 0.5, 1.0, 3, Var(), Var()}, 6);
+    EXPECT_EQ(Only(a[6]), 2.0);
+    EXPECT_EQ(Only(a[7]), 3.0);
+
+    // Power 2 per bin: Vpk = 2, returned and in ConvertedSpectrum.
+    a = Ok(L"SpectrumUnitConversion", {DoubleArray({2, 0.5}), 0, 0, 1, 1.0, 1.5, 1.0, Var()}, 7);
+    ExpectNear(Doubles(a[7]), {2, 1}, tol, "ConvertedSpectrum");
+    ExpectNear(Doubles(a[8]), {2, 1}, tol, "returned");
+}
+
+TEST_F(DspMethods, SpectrumFailures) {
+    const wchar_t* const kPow2 = L"The size of the input array must be a power of two:  size = 2^m, 0<m<23.";
+    const Var v6 = DoubleArray(Vec(6, 1.0)), v4 = DoubleArray(Vec(4, 1.0)), v8 = DoubleArray(Vec(8, 1.0));
+    const Var e = EmptyArray(VT_R8), m = DoubleMatrix(2, 4, {1, 2, 3, 4, 5, 6, 7, 8}), o;
+    auto E = VnError;
+    const std::vector<Failure> rows = {
+        {"6 samples", L"AutoPowerSpectrum", {v6, 1.0, o, o}, 2, E(20009), kPow2},
+        {"empty", L"AmpPhaseSpectrum", {e, 0, 1.0, o, o, o}, 3, E(20003), msg::kSamples},
+        {"2-D", L"ACDCEstimator", {m, o, o}, 2, E(20008), msg::kShape},
+        {"lengths differ", L"CrossSpectrum", {v8, v4, o, o}, 2, E(20008), msg::kShape},
+        {"6 samples", L"CrossPowerSpectrum", {v6, v6, 1.0, o, o, o}, 3, E(20009), kPow2},
+        {"lengths differ", L"TransferFunction", {v8, v4, 1.0, o, o, o}, 3, E(20008), msg::kShape},
+        {"6 samples", L"ImpulseResponse", {v6, v6}, 0, E(20009), kPow2},
+        {"1-D stimulus", L"NetworkFunctions", {v8, v8, 1.0, o, o, o, o, o, o, o}, 7, E(20008), msg::kShape},
+        {"shapes differ", L"NetworkFunctions", {m, DoubleMatrix(4, 2, {1, 2, 3, 4, 5, 6, 7, 8}), 1.0, o, o, o, o, o, o, o},
+         7, E(20008), msg::kShape},
+        {"empty", L"PowerFrequencyEstimate", {e, 1.0, 1.0, 1.0, 1.0, 2, o, o}, 2, E(20003), msg::kSamples},
+        {"unit 8", L"SpectrumUnitConversion", {v4, 0, 0, 8, 1.0, 1.0, 1.0, o}, 1, E(20061), msg::kSelection},
+    };
     ExpectFailures(dsp_, rows, kSource);
 }
 
