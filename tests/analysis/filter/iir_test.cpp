@@ -1,0 +1,360 @@
+// IIR designs against their analog prototypes: the magnitude of the returned
+// coefficients at prewarped frequencies equals the closed-form Butterworth,
+// Chebyshev or inverse Chebyshev magnitude; every pole lies inside the unit
+// circle (Schur-Cohn step-down); the filtering kernels and the coefficient
+// designs give the same impulse response; the direct-form runner against a
+// difference equation written out here, and split records against whole ones.
+#include "analysis/filter/iir.h"
+#include "analysis/filter/iir_design.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <algorithm>
+#include <complex>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vn {
+namespace {
+
+using Vec = std::vector<double>;
+using Cx = std::complex<double>;
+constexpr double kPi = 3.14159265358979323846;
+
+enum Fam { kBw, kCh, kInvCh };
+const char* const kFamName[] = {"Bw", "Ch", "InvCh"};
+const char* const kTypeName[] = {"LP", "HP", "BP", "BS"};
+
+constexpr double kFs = 1000, kFc = 120, kFl = 100, kFh = 260, kRipple = 1.0, kAtten = 40.0;
+
+// |B(z)/A(z)| at z = exp(j 2 pi f/fs).
+double Magnitude(const Vec& a, const Vec& b, double f) {
+    const Cx z1 = std::polar(1.0, -2 * kPi * f / kFs);
+    Cx num = 0, den = 0, zk = 1;
+    for (std::size_t k = 0; k < std::max(a.size(), b.size()); ++k, zk *= z1) {
+        if (k < b.size()) num += b[k] * zk;
+        if (k < a.size()) den += a[k] * zk;
+    }
+    return std::abs(num / den);
+}
+
+double Cheb(int n, double x) {
+    x = std::fabs(x);
+    return x <= 1 ? std::cos(n * std::acos(x)) : std::cosh(n * std::acosh(x));
+}
+
+// Closed-form magnitude of the analog prototype at the frequency the
+// bilinear transform maps f to.
+double Prototype(Fam fam, int type, int order, double f) {
+    const double w = std::tan(kPi * f / kFs);
+    double wn;
+    if (type < 2) {
+        const double t = std::tan(kPi * kFc / kFs);
+        wn = type == 0 ? w / t : t / w;
+    } else {
+        const double tl = std::tan(kPi * kFl / kFs), th = std::tan(kPi * kFh / kFs), B = th - tl, P = th * tl;
+        wn = type == 2 ? (w * w - P) / (B * w) : B * w / (P - w * w);
+    }
+    wn = std::fabs(wn);
+    if (fam == kBw || (fam == kCh && order == 1 && type >= 2)) return 1 / std::sqrt(1 + std::pow(wn, 2 * order));
+    if (fam == kCh) {
+        const double eps2 = std::pow(10.0, kRipple / 10) - 1;
+        // Unit gain at wn = 0 unless the lowpass/highpass correction applies.
+        const double dc = (order % 2 == 0 && type >= 2) ? std::sqrt(1 + eps2) : 1.0;
+        const double tn = Cheb(order, wn);
+        return dc / std::sqrt(1 + eps2 * tn * tn);
+    }
+    const double e2 = 1 / (std::pow(10.0, kAtten / 10) - 1);
+    const double tn = Cheb(order, 1 / wn);
+    return 1 / std::sqrt(1 + 1 / (e2 * tn * tn));
+}
+
+AnalysisStatus Design(Fam fam, int type, int order, double fl, double fh, Vec& a, Vec& b) {
+    switch (fam) {
+    case kBw: return BwCoefDesign(type, order, kFs, fl, fh, a.data(), int(a.size()), b.data(), int(b.size()));
+    case kCh: return ChCoefDesign(type, order, kFs, fl, fh, kRipple, a.data(), int(a.size()), b.data(), int(b.size()));
+    default:
+        return InvChCoefDesign(type, order, kFs, fl, fh, kAtten, a.data(), int(a.size()), b.data(), int(b.size()));
+    }
+}
+
+// The filtering kernel of (fam, type).
+AnalysisStatus Filter(Fam fam, int type, const Vec& x, int order, Vec& y) {
+    const int n = int(x.size());
+    const double p = fam == kCh ? kRipple : kAtten;
+    using Single = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, std::int32_t, double*);
+    using Band = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, double, std::int32_t, double*);
+    if (fam == kBw) {
+        switch (type) {
+        case 0: return BwLowPass(x.data(), n, kFs, kFc, order, y.data());
+        case 1: return BwHighPass(x.data(), n, kFs, kFc, order, y.data());
+        case 2: return BwBandPass(x.data(), n, kFs, kFl, kFh, order, y.data());
+        default: return BwBandStop(x.data(), n, kFs, kFl, kFh, order, y.data());
+        }
+    }
+    const Single single[2][2] = {{ChLowPass, ChHighPass}, {InvChLowPass, InvChHighPass}};
+    const Band band[2][2] = {{ChBandPass, ChBandStop}, {InvChBandPass, InvChBandStop}};
+    const int f = fam == kCh ? 0 : 1;
+    if (type < 2) return single[f][type](x.data(), n, kFs, kFc, p, order, y.data());
+    return band[f][type - 2](x.data(), n, kFs, kFl, kFh, p, order, y.data());
+}
+
+// All roots of a(z) inside the unit circle: every reflection coefficient of
+// the step-down recursion has magnitude below 1.
+bool Stable(Vec a) {
+    while (a.size() > 1) {
+        const std::size_t m = a.size() - 1;
+        const double k = a[m] / a[0];
+        if (!(std::fabs(k) < 1)) return false;
+        Vec next(m);
+        for (std::size_t i = 0; i < m; ++i) next[i] = (a[i] - k * a[m - i]) / (1 - k * k);
+        a = next;
+    }
+    return true;
+}
+
+struct Case {
+    Fam fam;
+    int type, order;
+    std::string Name() const {
+        return std::string(kFamName[fam]) + kTypeName[type] + " order " + std::to_string(order);
+    }
+};
+
+std::vector<Case> AllCases() {
+    std::vector<Case> cases;
+    for (Fam fam : {kBw, kCh, kInvCh})
+        for (int type = 0; type < 4; ++type)
+            for (int order = 1; order <= (type < 2 ? 8 : 5); ++order) cases.push_back({fam, type, order});
+    return cases;
+}
+
+TEST(IirDesign, MagnitudeMatchesAnalogPrototypeAndPolesAreInside) {
+    for (const Case& c : AllCases()) {
+        SCOPED_TRACE(c.Name());
+        const int m = c.type < 2 ? c.order + 1 : 2 * c.order + 1;
+        Vec a(m + 3, 7.0), b(m + 2, 7.0);  // entries past m must stay untouched
+        ASSERT_EQ(Design(c.fam, c.type, c.order, c.type < 2 ? kFc : kFl, kFh, a, b), kOk);
+        for (int i = m; i < int(a.size()); ++i) EXPECT_EQ(a[i], 7.0);
+        for (int i = m; i < int(b.size()); ++i) EXPECT_EQ(b[i], 7.0);
+        a.resize(m), b.resize(m);
+        EXPECT_EQ(a[0], 1.0);
+        EXPECT_TRUE(Stable(a));
+        Vec freqs = {0, kFc, kFl, kFh, kFs / 2, 0.999 * kFs / 2};
+        for (int i = 1; i < 50; ++i) freqs.push_back(i * kFs / 100 + 0.37);
+        for (double f : freqs) EXPECT_NEAR(Magnitude(a, b, f), Prototype(c.fam, c.type, c.order, f), 2e-9) << "f=" << f;
+    }
+}
+
+// Closed forms named: Butterworth -3.01 dB at the cutoff, Chebyshev -R dB at
+// the passband edge and the even-order lowpass DC gain, inverse Chebyshev
+// -A dB at the stopband edge, and the band filters' unit gain at the centre.
+TEST(IirDesign, EdgeGainsInDecibels) {
+    auto db = [](Fam fam, int type, int order, double f) {
+        const int m = type < 2 ? order + 1 : 2 * order + 1;
+        Vec a(m), b(m);
+        EXPECT_EQ(Design(fam, type, order, type < 2 ? kFc : kFl, kFh, a, b), kOk);
+        return 20 * std::log10(Magnitude(a, b, f));
+    };
+    const double centre = std::atan(std::sqrt(std::tan(kPi * kFl / kFs) * std::tan(kPi * kFh / kFs))) * kFs / kPi;
+    const double half = -10 * std::log10(2.0);
+    struct Row {
+        Fam fam;
+        int type, order;
+        double f, want;
+    } rows[] = {
+        {kBw, 0, 5, kFc, half},        {kBw, 1, 4, kFc, half},        {kBw, 2, 3, kFl, half},
+        {kBw, 3, 2, kFh, half},        {kCh, 0, 4, kFc, -kRipple},    {kCh, 0, 4, 0, -kRipple},
+        {kCh, 0, 5, 0, 0},             {kCh, 1, 6, kFs / 2, -kRipple}, {kCh, 1, 3, kFc, -kRipple},
+        {kCh, 2, 4, centre, 0},        {kCh, 2, 4, kFh, 0},           {kCh, 3, 3, kFl, -kRipple},
+        {kCh, 2, 1, kFh, half},        {kInvCh, 0, 5, kFc, -kAtten},  {kInvCh, 1, 4, kFc, -kAtten},
+        {kInvCh, 2, 3, kFl, -kAtten},  {kInvCh, 3, 4, kFh, -kAtten},  {kInvCh, 0, 4, 0, 0},
+        {kInvCh, 1, 3, kFs / 2, 0},    {kInvCh, 2, 4, centre, 0},     {kInvCh, 3, 3, 0, 0},
+    };
+    for (const Row& r : rows)
+        EXPECT_NEAR(db(r.fam, r.type, r.order, r.f), r.want, 1e-8)
+            << kFamName[r.fam] << kTypeName[r.type] << " order " << r.order << " f=" << r.f;
+}
+
+// The filtering kernels run the sections, the designs multiply them: the
+// same impulse response to rounding, and the same response when the input
+// buffer is also the output.
+TEST(IirDesign, FilteringEqualsCoefficientsOnAnImpulse) {
+    const int n = 300;
+    Vec x(n, 0.0);
+    x[0] = 1;
+    for (const Case& c : AllCases()) {
+        SCOPED_TRACE(c.Name());
+        const int m = c.type < 2 ? c.order + 1 : 2 * c.order + 1;
+        Vec a(m), b(m), y1(m - 1, 0.0), x1(m - 1, 0.0), want(n), got(n);
+        ASSERT_EQ(Design(c.fam, c.type, c.order, c.type < 2 ? kFc : kFl, kFh, a, b), kOk);
+        ASSERT_EQ(IIRFilterRun(x.data(), n, a.data(), y1.data(), m, b.data(), x1.data(), m, want.data()), kOk);
+        ASSERT_EQ(Filter(c.fam, c.type, x, c.order, got), kOk);
+        double peak = 0;
+        for (double v : want) peak = std::max(peak, std::fabs(v));
+        for (int i = 0; i < n; ++i) ASSERT_NEAR(got[i], want[i], 1e-10 * peak) << "sample " << i;
+        Vec inplace = x;
+        ASSERT_EQ(Filter(c.fam, c.type, inplace, c.order, inplace), kOk);
+        EXPECT_EQ(inplace, got);
+    }
+}
+
+TEST(IirDesign, FilteringChecksInOrder) {
+    const Vec x(4, 1.0);
+    Vec y(4, 5.0);
+    const double* p = x.data();
+    double* q = y.data();
+    struct Row {
+        const char* what;
+        AnalysisStatus got, want;
+    } rows[] = {
+        {"n = 0 before order", BwLowPass(p, 0, 1000, 100, 0, q), kErrSamplesBelowOne},
+        {"order before fc", BwHighPass(p, 4, 1000, 0, 0, q), kErrOrderNotPositive},
+        {"fc = 0 is an edge error", BwLowPass(p, 4, 1000, 0, 2, q), kErrBandEdges},
+        {"fs < 0", BwLowPass(p, 4, -1000, 100, 2, q), kErrBandEdges},
+        {"NaN fc", BwLowPass(p, 4, 1000, std::nan(""), 2, q), kErrBandEdges},
+        {"fc above fs/2", BwLowPass(p, 4, 1000, 501, 2, q), kErrCutoff},
+        {"edges before ripple", ChLowPass(p, 4, 1000, -1, 0, 2, q), kErrBandEdges},
+        {"ripple before cutoff", ChHighPass(p, 4, 1000, 600, 0, 2, q), kErrRipple},
+        {"attenuation before cutoff", InvChLowPass(p, 4, 1000, 600, -3, 2, q), kErrAttenuation},
+        {"f_low = 0", BwBandPass(p, 4, 1000, 0, 200, 2, q), kErrBandEdges},
+        {"fh = fl", BwBandStop(p, 4, 1000, 200, 200, 2, q), kErrBandEdges},
+        {"fh above fs/2", ChBandPass(p, 4, 1000, 100, 501, 1, 2, q), kErrCutoff},
+        {"band ripple", ChBandStop(p, 4, 1000, 100, 200, 0, 2, q), kErrRipple},
+        {"band attenuation", InvChBandPass(p, 4, 1000, 100, 600, 0, 2, q), kErrAttenuation},
+        {"band order", InvChBandStop(p, 4, 1000, 100, 200, 30, -1, q), kErrOrderNotPositive},
+        {"fc = fs/2 accepted", BwLowPass(p, 4, 1000, 500, 3, q), kOk},
+    };
+    for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << r.what;
+    // Failures wrote nothing; only the last row filled y.
+    Vec fresh(4, 5.0);
+    EXPECT_EQ(BwHighPass(p, 4, 1000, 0, 2, fresh.data()), kErrBandEdges);
+    EXPECT_EQ(fresh, Vec(4, 5.0));
+}
+
+TEST(IirDesign, CoefficientChecksInOrder) {
+    Vec a(20, 0.0), b(20, 0.0);
+    auto bw = [&](int type, int order, double fs, double fl, double fh, int na, int nb) {
+        return BwCoefDesign(type, order, fs, fl, fh, a.data(), na, b.data(), nb);
+    };
+    struct Row {
+        const char* what;
+        AnalysisStatus got, want;
+    } rows[] = {
+        {"order first", bw(9, 0, -1, 0, 0, 0, 0), kErrOrderNotPositive},
+        {"lowpass at fs/2: substituted f_high = f_low", bw(0, 2, 1000, 500, 0, 20, 20), kErrBandEdges},
+        {"highpass ignores f_high", bw(1, 2, 1000, 100, -5, 20, 20), kOk},
+        {"f_low = 0", bw(2, 2, 1000, 0, 200, 20, 20), kErrBandEdges},
+        {"f_low >= f_high", bw(3, 2, 1000, 300, 200, 20, 20), kErrBandEdges},
+        {"f_high above fs/2", bw(2, 2, 1000, 100, 600, 20, 20), kErrCutoff},
+        {"type 2 order 3 needs 7 in a", bw(2, 3, 1000, 100, 200, 6, 7), kErrWrongCount},
+        {"type 2 order 3 needs 7 in b", bw(2, 3, 1000, 100, 200, 7, 6), kErrWrongCount},
+        {"type 2 order 3 fits in 7", bw(2, 3, 1000, 100, 200, 7, 7), kOk},
+        {"counts before type", bw(4, 3, 1000, 100, 200, 3, 3), kErrWrongCount},
+        {"type last", bw(4, 3, 1000, 100, 200, 20, 20), kErrInvalidSelection},
+        {"negative type", bw(-1, 3, 1000, 100, 200, 20, 20), kErrInvalidSelection},
+        {"ripple before edge order", ChCoefDesign(2, 2, 1000, 300, 200, 0, a.data(), 20, b.data(), 20), kErrRipple},
+        {"attenuation", InvChCoefDesign(0, 2, 1000, 100, 0, -1, a.data(), 20, b.data(), 20), kErrAttenuation},
+        {"huge order counts in 64 bits", bw(2, 2147483647, 1000, 100, 200, 20, 20), kErrWrongCount},
+    };
+    for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << r.what;
+}
+
+TEST(IirDesign, PolyMulIsTheFullConvolution) {
+    const Vec p = {1, -2, 3}, q = {4, 0.5};
+    Vec r(4, 9.0);
+    PolyMul(p.data(), 3, q.data(), 2, r.data());
+    EXPECT_EQ(r, (Vec{4, -7.5, 11, 1.5}));
+    Vec none(1, 9.0);
+    PolyMul(p.data(), 0, q.data(), 0, none.data());
+    EXPECT_EQ(none[0], 9.0);
+}
+
+// ---------------------------------------------------------------------------
+// Direct-form runner.
+
+// y[i] = (sum_k b[k] x[i-k] - sum_{k>=1} a[k] y[i-k]) / a[0] over the record
+// prefixed by its state.
+Vec Difference(const Vec& a, const Vec& b, const Vec& x1, const Vec& y1, const Vec& x) {
+    Vec xs = x1, ys = y1;
+    xs.insert(xs.end(), x.begin(), x.end());
+    const std::size_t ox = x1.size(), oy = y1.size();
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        double s = 0;
+        for (std::size_t k = 0; k < b.size(); ++k) s += b[k] * xs[ox + i - k];
+        for (std::size_t k = 1; k < a.size(); ++k) s -= a[k] * ys[oy + i - k];
+        ys.push_back(a.empty() ? s : s / a[0]);
+    }
+    return Vec(ys.begin() + oy, ys.end());
+}
+
+TEST(IirRun, AgainstTheDifferenceEquationAndSplitRecords) {
+    Vec x(700);
+    for (std::size_t i = 0; i < x.size(); ++i) x[i] = std::sin(0.37 * i) + 0.1 * ((i * 7919) % 13) - 0.6;
+    struct Row {
+        const char* what;
+        Vec a, b;
+    } rows[] = {
+        {"a[0] != 1", {2, -1.2, 0.5}, {0.3, 0.1, -0.2, 0.05}},
+        {"na = 1", {4}, {1, 2, 1}},
+        {"nb = 1", {1, -0.5, 0.1, 0.02}, {0.7}},
+        {"long a (generic path)", {1, -0.3, 0.1, 0.05, -0.02, 0.01, 0.004, -0.002, 0.001, 0.0005, 0.0002, 0.0001},
+         {0.2, 0.1}},
+        {"FIR (empty a)", {}, {0.25, 0.5, 0.25, -0.1}},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.what);
+        const int na = int(r.a.size()), nb = int(r.b.size());
+        // y1 gets one spare slot so that na = 1 passes a pointer (a missing
+        // y1 would select the FIR form).
+        Vec x1(nb - 1), y1(na > 0 ? na : 0);
+        for (std::size_t i = 0; i < x1.size(); ++i) x1[i] = 0.5 - 0.25 * i;
+        for (std::size_t i = 0; i < y1.size(); ++i) y1[i] = -0.3 + 0.2 * i;
+        const Vec want = Difference(r.a, r.b, x1, Vec(y1.begin(), y1.begin() + std::max(na - 1, 0)), x);
+
+        Vec sx1 = x1, sy1 = y1, whole(x.size());
+        ASSERT_EQ(IIRFilterRun(x.data(), int(x.size()), na ? r.a.data() : nullptr, na ? sy1.data() : nullptr, na,
+                               r.b.data(), sx1.data(), nb, whole.data()),
+                  kOk);
+        for (std::size_t i = 0; i < x.size(); ++i) ASSERT_NEAR(whole[i], want[i], 1e-12) << i;
+        // The state now holds the last inputs and outputs, oldest first.
+        for (int j = 0; j < nb - 1; ++j) EXPECT_EQ(sx1[j], x[x.size() - (nb - 1) + j]);
+        for (int j = 0; j < na - 1; ++j) EXPECT_EQ(sy1[j], whole[x.size() - (na - 1) + j]);
+        if (na > 0) {
+            EXPECT_EQ(sy1[na - 1], y1[na - 1]);  // past the state: untouched
+        }
+
+        // Split at 1 (shorter than the state), 300 (across a block) and the
+        // rest: the very same bits.
+        Vec px1 = x1, py1 = y1, joined;
+        for (auto [from, to] : {std::pair<int, int>{0, 1}, {1, 300}, {300, 700}}) {
+            Vec part(to - from);
+            ASSERT_EQ(IIRFilterRun(x.data() + from, to - from, na ? r.a.data() : nullptr, na ? py1.data() : nullptr,
+                                   na, r.b.data(), px1.data(), nb, part.data()),
+                      kOk);
+            joined.insert(joined.end(), part.begin(), part.end());
+        }
+        EXPECT_EQ(joined, whole);
+        EXPECT_EQ(px1, sx1);
+        EXPECT_EQ(py1, sy1);
+    }
+}
+
+TEST(IirRun, Checks) {
+    const Vec x(3, 1.0), a{1, 0.5}, b{1, 1};
+    Vec y1{0}, x1{0}, y(3, 9.0);
+    EXPECT_EQ(IIRFilterRun(x.data(), 3, a.data(), y1.data(), 2, b.data(), x1.data(), 0, y.data()), kErrSamplesBelowOne);
+    EXPECT_EQ(IIRFilterRun(x.data(), 0, a.data(), y1.data(), 2, b.data(), x1.data(), 2, y.data()), kErrSamplesBelowOne);
+    EXPECT_EQ(IIRFilterRun(x.data(), 3, nullptr, nullptr, 0, b.data(), x1.data(), 0, y.data()), kErrSamplesBelowOne);
+    EXPECT_EQ(IIRFilterRun(x.data(), 3, a.data(), y1.data(), 2, b.data(), nullptr, 2, y.data()), kErrWrongCount);
+    EXPECT_EQ(y, Vec(3, 9.0));
+    // A zero a[0] is used as given: infinities, no error.
+    const Vec a0{0, 0.5};
+    EXPECT_EQ(IIRFilterRun(x.data(), 3, a0.data(), y1.data(), 2, b.data(), x1.data(), 2, y.data()), kOk);
+    EXPECT_TRUE(std::isinf(y[0]));
+}
+
+}  // namespace
+}  // namespace vn
