@@ -304,5 +304,18 @@ TEST(FirEquiRipple, ChecksInOrder) {
     }
 }
 
+// A deviation far below what double precision resolves (about 190 dB):
+// the exchange must stop within its limit with an error, never hand back
+// taps built from rounding noise.
+TEST(FirEquiRipple, BeyondPrecisionFailsCleanly) {
+    const double e[] = {0, 0.2, 0.25, 0.5}, des[] = {1, 0}, w[] = {1, 1};
+    Vec h(255, 4.0);
+    double delta = 4.0;
+    const AnalysisStatus st = EquiRippleDesign(2, des, w, 1.0, e, 1, 255, h.data(), &delta, 100);
+    EXPECT_TRUE(st == -20062 || st == -20031) << st;
+    EXPECT_EQ(delta, 4.0);
+    EXPECT_EQ(h, Vec(255, 4.0));
+}
+
 }  // namespace
 }  // namespace vn
