@@ -11,6 +11,7 @@
 #include "analysis/dsp/spectra.h"
 #include "analysis/dsp/timedomain.h"
 #include "analysis/dsp/windows.h"
+#include "analysis/filter/fir.h"
 #include "analysis/filter/iir.h"
 #include "frame/control_table.h"
 #include "frame/controls.h"
@@ -591,24 +592,95 @@ void SpectrumUnitConversion(Call& c) {
 }
 
 
+// --- FIR designs -------------------------------------------------------------
+
+namespace {
+
+// fs, fc (or fl, fh), n and the window selector in parameter order; the
+// taps are returned. A count below 1 gets an empty array (the kernel
+// reports it before writing).
+void WindowedFirMethod(Call& c, std::int32_t type, bool band) {
+    const int k = band ? 1 : 0;
+    ArgScalar fs(c.In(0)), fl(c.In(1)), fh(c.In(1 + k)), count(c.In(2 + k)), window(c.In(3 + k));
+    const double rate = fs.Double(), low = fl.Double(), high = band ? fh.Double() : 0.0;
+    const std::int32_t n = count.Int(), code = window.Int();
+    ArgArray h;
+    CreateSamples(h, n);
+    ThrowAnalysisStatus(WindowedFirDesign(type, rate, low, high, n, code, h.AsDouble()));
+    ReturnArray(c, h);
+}
+
+void KaiserFirMethod(Call& c, std::int32_t type, bool band) {
+    const int k = band ? 1 : 0;
+    ArgScalar fs(c.In(0)), fl(c.In(1)), fh(c.In(1 + k)), count(c.In(2 + k)), shape(c.In(3 + k));
+    const double rate = fs.Double(), low = fl.Double(), high = band ? fh.Double() : 0.0, beta = shape.Double();
+    const std::int32_t n = count.Int();
+    ArgArray h;
+    CreateSamples(h, n);
+    ThrowAnalysisStatus(KaiserFirDesign(type, rate, low, high, n, beta, h.AsDouble()));
+    ReturnArray(c, h);
+}
+
+// fs, f1, f2 (, f3, f4), n, out delta: the shortcut band layouts.
+void EquiRippleShortcut(Call& c, std::int32_t type, bool band) {
+    const int k = band ? 2 : 0;
+    ArgScalar fs(c.In(0)), f1(c.In(1)), f2(c.In(2)), f3(c.In(1 + k)), f4(c.In(2 + k)), count(c.In(3 + k));
+    const double rate = fs.Double(), e1 = f1.Double(), e2 = f2.Double();
+    const double e3 = band ? f3.Double() : 0.0, e4 = band ? f4.Double() : 0.0;
+    const std::int32_t n = count.Int();
+    ArgArray h;
+    CreateSamples(h, n);
+    double delta = 0.0;
+    ThrowAnalysisStatus(EquiRippleBandDesign(type, rate, e1, e2, e3, e4, n, h.AsDouble(), &delta));
+    c.SetOutDouble(4 + k, delta);
+    ReturnArray(c, h);
+}
+
+}  // namespace
+
+void WindLPCoef(Call& c) { WindowedFirMethod(c, 0, false); }
+void WindHPCoef(Call& c) { WindowedFirMethod(c, 1, false); }
+void WindBPCoef(Call& c) { WindowedFirMethod(c, 2, true); }
+void WindBSCoef(Call& c) { WindowedFirMethod(c, 3, true); }
+void KsrLPCoef(Call& c) { KaiserFirMethod(c, 0, false); }
+void KsrHPCoef(Call& c) { KaiserFirMethod(c, 1, false); }
+void KsrBPCoef(Call& c) { KaiserFirMethod(c, 2, true); }
+void KsrBSCoef(Call& c) { KaiserFirMethod(c, 3, true); }
+
+// Bands, a, wts, fs, Cutoffs, ftype, n, out delta. a and wts must hold at
+// least Bands values and Cutoffs at least 2 Bands (-20008); the kernel then
+// checks the rest. delta is the kernel's signed deviation.
+void EquiRipple(Call& c) {
+    ArgScalar bands(c.In(0));
+    const std::int32_t nb = bands.Int();
+    ArgArray a(c.In(1)), wts(c.In(2));
+    ArgScalar fs(c.In(3));
+    ArgArray cutoffs(c.In(4));
+    ArgScalar ftype(c.In(5)), count(c.In(6));
+    if (a.Count() < nb || wts.Count() < nb || cutoffs.Count() < 2 * static_cast<std::int64_t>(nb))
+        ThrowAnalysisStatus(kErrWrongCount);
+    const double rate = fs.Double();
+    const std::int32_t type = ftype.Int(), n = count.Int();
+    ArgArray h;
+    CreateSamples(h, n);
+    double delta = 0.0;
+    ThrowAnalysisStatus(EquiRippleDesign(nb, a.AsDouble(), wts.AsDouble(), rate, cutoffs.AsDouble(), type, n,
+                                         h.AsDouble(), &delta, 100));
+    c.SetOutDouble(7, delta);
+    ReturnArray(c, h);
+}
+
+void EquiRplLPCoef(Call& c) { EquiRippleShortcut(c, 0, false); }
+void EquiRplHPCoef(Call& c) { EquiRippleShortcut(c, 1, false); }
+void EquiRplBPCoef(Call& c) { EquiRippleShortcut(c, 2, true); }
+void EquiRplBSCoef(Call& c) { EquiRippleShortcut(c, 3, true); }
+// --- end of FIR designs ------------------------------------------------------
+
 // Not built yet.
 VN_NOT_IMPLEMENTED(ElpLPF)
 VN_NOT_IMPLEMENTED(ElpHPF)
 VN_NOT_IMPLEMENTED(ElpBPF)
 VN_NOT_IMPLEMENTED(ElpBSF)
-VN_NOT_IMPLEMENTED(WindLPCoef)
-VN_NOT_IMPLEMENTED(WindHPCoef)
-VN_NOT_IMPLEMENTED(WindBPCoef)
-VN_NOT_IMPLEMENTED(WindBSCoef)
-VN_NOT_IMPLEMENTED(KsrLPCoef)
-VN_NOT_IMPLEMENTED(KsrHPCoef)
-VN_NOT_IMPLEMENTED(KsrBPCoef)
-VN_NOT_IMPLEMENTED(KsrBSCoef)
-VN_NOT_IMPLEMENTED(EquiRipple)
-VN_NOT_IMPLEMENTED(EquiRplLPCoef)
-VN_NOT_IMPLEMENTED(EquiRplHPCoef)
-VN_NOT_IMPLEMENTED(EquiRplBPCoef)
-VN_NOT_IMPLEMENTED(EquiRplBSCoef)
 VN_NOT_IMPLEMENTED(ElpCoef)
 
 }  // namespace dsp_handlers

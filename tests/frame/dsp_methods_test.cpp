@@ -579,4 +579,84 @@ TEST_F(DspMethods, SpectrumFailures) {
     ExpectFailures(dsp_, rows, kSource);
 }
 
+// --- FIR designs: one wiring row per method -------------------------------
+
+// Three-tap designs have closed forms: with fs = 8, fl = 1, fh = 2 the outer
+// ideal taps are +-1/pi (lowpass/highpass at fs = 4, fc = 1) and
+// +-(1 - sqrt(2)/2)/pi (bandpass/bandstop). The 3-tap symmetric Hamming
+// window is (0.08, 1, 0.08) and the Kaiser one (1/I0(beta), 1, 1/I0(beta)).
+TEST_F(DspMethods, FirDesignsRouteTheirArguments) {
+    const double lp = 1 / kPi, bp = (1 - std::sqrt(0.5)) / kPi, ham = 0.08;
+    const double ksr = 1 / 2.2795853023360673;  // 1/I0(2)
+    struct Row {
+        const wchar_t* method;
+        std::vector<Var> args;
+        Vec want;
+    };
+    const std::vector<Row> rows = {
+        {L"WindLPCoef", {4.0, 1.0, 3, 4}, {lp * ham, 0.5, lp * ham}},
+        {L"WindHPCoef", {4.0, 1.0, 3, 1}, {-lp, 0.5, -lp}},
+        {L"WindBPCoef", {8.0, 1.0, 2.0, 3, 4}, {bp * ham, 0.25, bp * ham}},
+        {L"WindBSCoef", {8.0, 1.0, 2.0, 3, 1}, {-bp, 0.75, -bp}},
+        {L"KsrLPCoef", {4.0, 1.0, 3, 2.0}, {lp * ksr, 0.5, lp * ksr}},
+        {L"KsrHPCoef", {4.0, 1.0, 3, 2.0}, {-lp * ksr, 0.5, -lp * ksr}},
+        {L"KsrBPCoef", {8.0, 1.0, 2.0, 3, 2.0}, {bp * ksr, 0.25, bp * ksr}},
+        {L"KsrBSCoef", {8.0, 1.0, 2.0, 3, 2.0}, {-bp * ksr, 0.75, -bp * ksr}},
+        // A single band asking 1 everywhere: the unit impulse, delta 0.
+        {L"EquiRipple", {1, DoubleArray({1}), DoubleArray({1}), 1.0, DoubleArray({0, 0.5}), 1, 5, Var()},
+         {0, 0, 1, 0, 0}},
+    };
+    for (const auto& r : rows) {
+        const std::size_t refs = r.args.size();
+        ExpectNear(Doubles(Ok(r.method, r.args, r.method == std::wstring(L"EquiRipple") ? 7 : refs).back()), r.want,
+                   1e-8, Narrow(r.method).c_str());
+    }
+    // Each shortcut equals the general design with its band layout, and
+    // hands back |delta|.
+    struct Short {
+        const wchar_t* method;
+        std::vector<Var> args;
+        int bands;
+        Vec desired, edges;
+    };
+    const std::vector<Short> shorts = {
+        {L"EquiRplLPCoef", {1000.0, 100.0, 150.0, 25, Var()}, 2, {1, 0}, {0, 100, 150, 500}},
+        {L"EquiRplHPCoef", {1000.0, 100.0, 150.0, 25, Var()}, 2, {0, 1}, {0, 100, 150, 500}},
+        {L"EquiRplBPCoef", {1000.0, 100.0, 150.0, 250.0, 300.0, 31, Var()}, 3, {0, 1, 0}, {0, 100, 150, 250, 300, 500}},
+        {L"EquiRplBSCoef", {1000.0, 100.0, 150.0, 250.0, 300.0, 31, Var()}, 3, {1, 0, 1}, {0, 100, 150, 250, 300, 500}},
+    };
+    for (const auto& sh : shorts) {
+        const std::vector<Var> got = Ok(sh.method, sh.args, sh.args.size() - 1);
+        const std::vector<Var> ref = Ok(L"EquiRipple",
+                                        {sh.bands, DoubleArray(sh.desired), DoubleArray(Vec(sh.bands, 1.0)), 1000.0,
+                                         DoubleArray(sh.edges), 1, sh.args[sh.args.size() - 2], Var()},
+                                        7);
+        ExpectNear(Doubles(got.back()), Doubles(ref.back()), 0, Narrow(sh.method).c_str());
+        EXPECT_GT(Only(got[got.size() - 2]), 0) << Narrow(sh.method);
+        EXPECT_EQ(Only(got[got.size() - 2]), std::fabs(Only(ref[7]))) << Narrow(sh.method);
+    }
+}
+
+TEST_F(DspMethods, FirDesignFailures) {
+    auto E = VnError;
+    const wchar_t* const kOdd = L"The number of coefficients must be odd for this filter.";
+    const wchar_t* const kCut = L"The cut-off frequency, fc, must meet:  0 <= fc <= fs/2.";
+    const wchar_t* const kDesign = L"The filter cannot be designed with the specified input values.";
+    const std::vector<Failure> rows = {
+        {"even n", L"WindHPCoef", {1.0, 0.1, 10, 4}, 0, E(20033), kOdd},
+        {"fs = 0", L"KsrLPCoef", {0.0, 0.1, 11, 4.0}, 0, E(20020), kCut},
+        {"no window points", L"WindLPCoef", {1.0, 0.1, 1, 5}, 0, E(20003), msg::kSamples},
+        {"short a", L"EquiRipple",
+         {2, DoubleArray({1}), DoubleArray({1, 1}), 1.0, DoubleArray({0, .2, .3, .5}), 1, 11, 123.0}, 1, E(20008),
+         msg::kShape},
+        {"short cutoffs", L"EquiRipple",
+         {2, DoubleArray({1, 0}), DoubleArray({1, 1}), 1.0, DoubleArray({0, .2, .3}), 1, 11, 123.0}, 1, E(20008),
+         msg::kShape},
+        {"two taps", L"EquiRplLPCoef", {1.0, 0.2, 0.3, 2, 123.0}, 1, E(20031), kDesign},
+        {"edges", L"EquiRplBPCoef", {1.0, 0.2, 0.1, 0.3, 0.4, 21, 123.0}, 1, E(20023), nullptr},
+    };
+    ExpectFailures(dsp_, rows, kSource);
+}
+// --- end of FIR designs ---------------------------------------------------
+
 }  // namespace
