@@ -38,7 +38,7 @@ const std::vector<Job>& Jobs() {
              return std::vector<Var>{DoubleMatrix(6, 6, a)};
          },
          -1},
-        {L"VNAnalysisControlsLib.VNDSP.1", L"ReFFT", [] { return std::vector<Var>{DoubleArray(Ramp(256, 0.3, 1.5))}; }, -1},
+        {L"VNAnalysisControlsLib.VNDSP.1", L"FHT", [] { return std::vector<Var>{DoubleArray(Ramp(256, 0.3, 1.5))}; }, -1},
         {L"VNAnalysisControlsLib.VNStat.1", L"Moment", [] { return std::vector<Var>{DoubleArray(Ramp(100, 0.01, 0.2)), Var(5)}; }, -1},
         {L"VNAnalysisControlsLib.VNArray.1", L"Sort1D", [] { return std::vector<Var>{DoubleArray(Ramp(500, -0.7, 3.0)), Var(1)}; }, -1},
     };
@@ -48,7 +48,10 @@ const std::vector<Job>& Jobs() {
 std::vector<double> RunJob(const Control& control, const Job& job) {
     std::vector<Var> args = job.args();
     const Outcome o = CallWith(control, job.method, args);
-    if (!o.ok()) return {};
+    if (!o.ok()) {
+        ADD_FAILURE() << Narrow(job.method) << " failed: " << std::hex << o.code << " " << Narrow(o.description);
+        return {};
+    }
     return Doubles(job.resultArg < 0 ? o.result : args[static_cast<std::size_t>(job.resultArg)]);
 }
 
