@@ -1,5 +1,6 @@
 #include "frame/arg_array.h"
 
+#include "analysis/limits.h"
 #include "frame/errors.h"
 #include "frame/guards.h"
 
@@ -110,6 +111,19 @@ HRESULT StringAsDate(BSTR text, double* serial) {
 }
 
 }  // namespace
+
+void RequireBlock(VARTYPE type, UINT dims, const SAFEARRAYBOUND* bounds) {
+    std::int64_t sizes[64];
+    if (dims > 64) CheckHResult(E_OUTOFMEMORY);
+    for (UINT d = 0; d < dims; ++d) sizes[d] = bounds[d].cElements;
+    const std::uint64_t elementSize = type == VT_VARIANT ? sizeof(VARIANT)
+                                      : type == VT_BSTR || type == VT_UNKNOWN || type == VT_DISPATCH ? sizeof(void*)
+                                      : type == VT_R8 || type == VT_CY || type == VT_DATE ? 8
+                                      : type == VT_I2 || type == VT_UI2 || type == VT_BOOL ? 2
+                                      : type == VT_I1 || type == VT_UI1 ? 1
+                                      : 4;
+    if (!BlockFits(ElementCount(sizes, static_cast<int>(dims)), elementSize)) CheckHResult(E_OUTOFMEMORY);
+}
 
 HRESULT ConvertValue(VARIANT* dest, const VARIANT* src, VARTYPE type) {
     const HRESULT first = VariantChangeType(dest, const_cast<VARIANT*>(src), 0, type);
@@ -234,6 +248,7 @@ void ArgArray::ConvertTo(VARTYPE type) {
         bounds[d].lLbound = LowerBound(static_cast<int>(d));
         bounds[d].cElements = static_cast<ULONG>(Size(static_cast<int>(d)));
     }
+    RequireBlock(type, dims, bounds);
     SafeArrayGuard converted(SafeArrayCreate(type, dims, bounds));
     if (!converted.get()) CheckHResult(E_OUTOFMEMORY);
     const std::size_t count = static_cast<std::size_t>(Count());
@@ -312,8 +327,9 @@ void ArgArray::RequireSquare() const {
 }
 
 void ArgArray::Create(VARTYPE type, UINT dims, SAFEARRAYBOUND* bounds) {
+    RequireBlock(type, dims, bounds);
     SafeArrayGuard created(SafeArrayCreate(type, dims, bounds));
-    if (!created.get()) throw std::bad_alloc();
+    if (!created.get()) CheckHResult(E_OUTOFMEMORY);
     Reset();
     V_VT(&value_) = static_cast<VARTYPE>(VT_ARRAY | type);
     V_ARRAY(&value_) = created.release();

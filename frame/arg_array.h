@@ -23,6 +23,14 @@ namespace vn {
 // when both fail.
 HRESULT ConvertValue(VARIANT* dest, const VARIANT* src, VARTYPE type);
 
+// Refuses (E_OUTOFMEMORY), before anything is allocated, an array whose byte
+// size exceeds the bound of one block (analysis/limits.h). The platform
+// multiplies the sizes in 32 bits on a 32-bit host; checked here in 64 bits,
+// a count such as 2^29 doubles or a 65536-square matrix fails cleanly
+// instead of wrapping to a tiny data block. Every SafeArrayCreate of the
+// frame is preceded by this check.
+void RequireBlock(VARTYPE type, UINT dims, const SAFEARRAYBOUND* bounds);
+
 // True for an omitted optional argument or an explicitly empty one.
 bool IsMissingArgument(const VARIANT& arg);
 

@@ -16,7 +16,7 @@ set -u
 
 packages=(cmake make g++ googletest libgtest-dev libeigen3-dev libbenchmark-dev
           g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools
-          wine wine64 libwine-dev xvfb xauth imagemagick)
+          wine wine64 libwine-dev xvfb xauth imagemagick python3 clang libclang-rt-14-dev)
 SUDO=""
 [ "$(id -u)" -ne 0 ] && SUDO=sudo
 APT_LOG=$VN_BUILD/apt.log

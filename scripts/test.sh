@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Every test: native kernel tests (plain and sanitized), then the Windows
+# Every test: native kernel tests (plain and sanitized), short fuzz runs of
+# every kernel group, then the Windows
 # module under Wine: x64 always, x86 where 32-bit Wine is installed.
 set -u
 . "$(dirname "$0")/common.sh"
 bash "$VN_ROOT/scripts/setup.sh" || exit 1
-bash "$VN_ROOT/scripts/build.sh" native asan x64 x86 || exit 1
+bash "$VN_ROOT/scripts/build.sh" native asan fuzz x64 x86 || exit 1
 
 total=0
 failed=0
@@ -28,6 +29,7 @@ run_ctest() {  # build name, description
 
 run_ctest native "native kernels"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_ctest asan "native kernels under ASan/UBSan"
+UBSAN_OPTIONS=print_stacktrace=1 run_ctest fuzz "kernel fuzzing, short runs (libFuzzer, ASan/UBSan)"
 
 vn_wine_up
 run_ctest x64 "VNMATH.dll x64 under wine64"

@@ -3,6 +3,8 @@
 // storage. Internal to analysis/complex.
 #pragma once
 
+#include "analysis/limits.h"
+
 #include <cmath>
 #include <complex>
 #include <cstddef>
@@ -16,10 +18,11 @@ namespace cxdetail {
 using Cx = std::complex<double>;
 
 // Sizes of an a-by-b block; computed in 64 bits because a product of two
-// 32-bit counts need not fit in 32 (nor in a 32-bit size_t).
+// 32-bit counts need not fit in 32 (nor in a 32-bit size_t), and held to the
+// bound of one block (analysis/limits.h).
 inline bool BlockCount(std::int64_t a, std::int64_t b, std::size_t* count) {
     const std::uint64_t c = static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b);
-    if (a < 0 || b < 0 || c > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max()) / sizeof(Cx))
+    if (a < 0 || b < 0 || a > INT32_MAX || b > INT32_MAX || !BlockFits(c, sizeof(Cx)))
         return false;
     *count = static_cast<std::size_t>(c);
     return true;

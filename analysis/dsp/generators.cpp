@@ -1,6 +1,7 @@
 #include "analysis/dsp/generators.h"
 
 #include <cmath>
+#include <limits>
 #include <cstdint>
 
 // Products and sums are rounded exactly as written (no fused multiply-add).
@@ -187,8 +188,12 @@ AnalysisStatus ArbitraryWaveGen(std::int32_t n, double amp, double f, const doub
             double r = std::fmod(u, md);
             if (r < 0.0) r += md;
             if (r >= md) r = 0.0;  // a tiny negative remainder plus m rounds to m
-            const std::int32_t k = static_cast<std::int32_t>(r);
-            if (interp == 1) {
+            // A NaN or infinite phase or frequency leaves no position in the
+            // table: the sample is NaN, and no index is formed from it.
+            const std::int32_t k = r == r ? static_cast<std::int32_t>(r) : -1;
+            if (k < 0) {
+                v = std::numeric_limits<double>::quiet_NaN();
+            } else if (interp == 1) {
                 const std::int32_t k1 = (k + 1) % m;
                 v = table[k] + (r - std::floor(r)) * (table[k1] - table[k]);
             } else {

@@ -68,7 +68,8 @@ AnalysisStatus Determinant(const double* a, std::int32_t n, double* det);
 // b = a^-1 (b may be a). -20041 when a is singular.
 AnalysisStatus InvMatrix(const double* a, std::int32_t n, double* b);
 // b = A^-1 from the factors and interchanges of LUDecompose, solving against
-// the unit vectors exactly as ForwSub and BackSub do. b may be lu.
+// the unit vectors exactly as ForwSub and BackSub do. b may be lu. An
+// interchange outside 0..n-1 gives -20017 (after the n < 1 check).
 AnalysisStatus LUInverse(const double* lu, std::int32_t n, const std::int32_t* p, double* b);
 
 // ---------------------------------------------------------------------------

@@ -253,6 +253,10 @@ AnalysisStatus InvMatrix(const double* a, std::int32_t n, double* b) {
 
 AnalysisStatus LUInverse(const double* lu, std::int32_t n, const std::int32_t* p, double* b) {
     if (n < 1) return kErrSamplesBelowOne;
+    // The interchanges come from the caller: one that points outside the
+    // matrix would swap rows that do not exist.
+    for (std::int32_t i = 0; i < n; ++i)
+        if (p[i] < 0 || p[i] >= n) return kErrIndexRange;
     if (lu != b) return matrix_detail::LUInverseInto(lu, n, p, b);
     Scratch<double> factors(Product(n, n));
     if (!factors) return kErrNoMemory;

@@ -1,12 +1,14 @@
 // Helpers shared by the matrix kernels (not part of the public interface).
 #pragma once
 
+#include "analysis/limits.h"
 #include "analysis/status.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 namespace vn {
 namespace matrix_detail {
@@ -21,17 +23,19 @@ constexpr double kTwoPowMinus63 = 1.0842021724855044e-19;
 constexpr double kTwoPowMinus31p5 = 3.2927225399135965e-10;
 
 // Heap scratch released on every path. The element count is checked against
-// the address space first, so a product of two 32-bit sizes that does not fit
-// a 32-bit size_t reports "no memory" instead of wrapping around.
+// the bound of one block first (analysis/limits.h), so a product of two
+// 32-bit sizes reports "no memory" instead of wrapping around or taking
+// gigabytes. Allocated with the non-throwing operator new, which is the
+// allocator the allocation-failure tests replace.
 template <typename T>
 class Scratch {
 public:
     explicit Scratch(std::uint64_t count) {
         if (count == 0) count = 1;
-        if (count <= static_cast<std::uint64_t>(PTRDIFF_MAX) / sizeof(T))
-            p_ = static_cast<T*>(std::malloc(static_cast<std::size_t>(count) * sizeof(T)));
+        if (BlockFits(count, sizeof(T)))
+            p_ = static_cast<T*>(::operator new(static_cast<std::size_t>(count) * sizeof(T), std::nothrow));
     }
-    ~Scratch() { std::free(p_); }
+    ~Scratch() { ::operator delete(p_); }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 

@@ -27,6 +27,42 @@ void SumAndSquares(const double* x, std::int32_t n, double* s1, double* s2) {
     *s2 = b;
 }
 
+// d^order formed as d*d*...*d, left to right (order - 1 roundings), but in
+// bounded time. The first kExactPowerSteps multiplications are made one by
+// one, as the recipe says, and stop early with the exact final value once the
+// power can change only in sign: at 0, at an infinity, at NaN, or at
+// magnitude 1. Any |d| <= 1/2 reaches 0 and any |d| >= 2 reaches an infinity
+// within 2048 steps, so only 1/2 < |d| < 2 (d != +-1) with order > 2048 gets
+// further: its remainder is raised by binary powering (at most 62 more
+// multiplications), whose last bits may differ from the step-by-step product.
+constexpr std::int32_t kExactPowerSteps = 2048;
+
+double RepeatedPower(double d, std::int32_t order) {
+    double p = d;
+    std::int32_t k = 1;
+    const std::int32_t exactEnd = order < kExactPowerSteps ? order : kExactPowerSteps;
+    for (; k < exactEnd; ++k) {
+        const double a = std::fabs(p);
+        if (a == 0.0 || a == 1.0 || !(a < HUGE_VAL)) break;  // also NaN
+        p *= d;
+    }
+    std::int32_t rest = order - k;  // multiplications still to make
+    if (rest == 0) return p;
+    const double a = std::fabs(p);
+    if (a == 0.0 || a == 1.0 || !(a < HUGE_VAL)) {
+        // Each remaining step multiplies by d and keeps the magnitude; only
+        // the sign flips, once per step when d < 0.
+        return (d < 0.0 && (rest & 1)) ? -p : p;
+    }
+    double base = d, power = 1.0;
+    while (rest != 0) {
+        if (rest & 1) power *= base;
+        base *= base;
+        rest >>= 1;
+    }
+    return p * power;
+}
+
 }  // namespace
 
 AnalysisStatus Mean(const double* x, std::int32_t n, double* mean) {
@@ -69,10 +105,7 @@ AnalysisStatus Moment(const double* x, std::int32_t n, std::int32_t order, doubl
     const double m = SumOf(x, n) / n;
     double s = 0.0;
     for (std::int32_t i = 0; i < n; ++i) {
-        const double d = x[i] - m;
-        double p = d;
-        for (std::int32_t k = 1; k < order; ++k) p *= d;
-        s += p;
+        s += RepeatedPower(x[i] - m, order);
     }
     *moment = s / n;
     return kOk;

@@ -28,7 +28,10 @@ AnalysisStatus RMS(const double* x, std::int32_t n, double* rms);
 
 // Central moment of integer order >= 1: sum((x - mean)^order) / n, the power
 // formed by repeated multiplication. Checks: n < 1 (-20003), then
-// order < 1 (-20021).
+// order < 1 (-20021). Time is bounded whatever the order: up to order 2048
+// (and beyond it for every |x - mean| outside (1/2, 2), or equal to 1) the
+// powers are the step-by-step products bit for bit; other powers of a higher
+// order are finished by binary powering and may differ in the last bits.
 AnalysisStatus Moment(const double* x, std::int32_t n, std::int32_t order, double* moment);
 
 // Median of a sorted copy (x is not modified): the middle element for odd n,

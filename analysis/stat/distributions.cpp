@@ -1,6 +1,8 @@
 #include "analysis/stat/distributions.h"
 
+#include <cfloat>
 #include <cmath>
+#include <cstdint>
 
 namespace vn {
 
@@ -25,8 +27,12 @@ double QuantileRational(double t) {
 // Bisection for the increasing function cdf on [lo, hi]. Invariant:
 // cdf(lo) < p <= cdf(hi) once an end has moved. Returns the lower end of the
 // final bracket (width <= 1e-4), not the midpoint.
+// The bracket is finite and halves every step, so the 27 or 28 steps the
+// starting intervals need always end it; the cap of 64 only makes that bound
+// explicit (a NaN p or a NaN cdf value just moves lo up every step).
 template <typename Cdf>
 double BisectLower(double p, double lo, double hi, Cdf cdf) {
+    int steps = 0;
     do {
         const double mid = (lo + hi) / 2.0;
         const double r = cdf(mid);
@@ -34,8 +40,47 @@ double BisectLower(double p, double lo, double hi, Cdf cdf) {
             hi = mid;
         else
             lo = mid;
-    } while (!(std::fabs(hi - lo) <= 0.0001));
+    } while (!(std::fabs(hi - lo) <= 0.0001) && ++steps < 64);
     return lo;
+}
+
+// sum + sum_{k=1..last} term_k / den_k with term_k = term_{k-1} * x and
+// den_k = den_{k-1} * (2k - 1 if odd else 2k), den_0 = 1, added in order, for
+// x > 0: the chi-square series. Bit for bit the step-by-step loop, but in
+// bounded time for any count. The denominator overflows to +inf within a few
+// hundred steps; from then on every term adds +0 and leaves the sum as it is,
+// until term * x overflows too and inf/inf makes it NaN. So: a NaN sum is
+// final; with x <= 1 (or term * x == term) the term can never overflow and
+// the sum is final; otherwise the growing term is followed exactly for up to
+// 2^20 further steps, and beyond that whether it overflows before the count
+// ends is decided from logarithms (the only place where a count above about
+// 2^21 degrees of freedom could, at the border, give a number instead of NaN
+// or the reverse).
+double ChiSquareSeries(double x, double sum, double term, std::int32_t last, bool odd) {
+    double den = 1.0;
+    std::int64_t k = 1;
+    for (; k <= last; ++k) {
+        term = term * x;
+        den = den * (odd ? 2.0 * static_cast<double>(k) - 1.0 : 2.0 * static_cast<double>(k));
+        sum = sum + term / den;
+        if (sum != sum) return sum;
+        if (!(den < HUGE_VAL)) break;
+    }
+    if (k >= last) return sum;
+    if (!(x > 1.0)) return sum;
+    std::int64_t rest = last - k;  // steps left, each adding term/inf
+    constexpr std::int64_t kFollowed = std::int64_t(1) << 20;
+    for (std::int64_t j = 0; j < rest && j < kFollowed; ++j) {
+        const double t = term * x;
+        if (t == term) return sum;
+        term = t;
+        if (!(term < HUGE_VAL)) return sum + term / den;
+    }
+    rest -= kFollowed;
+    if (rest <= 0) return sum;
+    const double room = std::log(DBL_MAX) - std::log(term);
+    if (static_cast<double>(rest) * std::log(x) > room) return sum + HUGE_VAL / den;
+    return sum;
 }
 
 }  // namespace
@@ -151,21 +196,11 @@ AnalysisStatus ChiSquareLowerTail(double x, std::int32_t n, double* p) {
     } else if (n % 2 == 0) {
         // Q = exp(-x/2) * sum_{k < n/2} (x/2)^k / k!, with (x/2)^k / k!
         // written as x^k / (2*4*...*2k).
-        double sum = 1.0, term = 1.0, den = 1.0;
-        for (std::int32_t k = 1; k <= n / 2 - 1; ++k) {
-            term = term * x;
-            den = den * (2.0 * k);
-            sum = sum + term / den;
-        }
+        const double sum = ChiSquareSeries(x, 1.0, 1.0, n / 2 - 1, false);
         result = 1.0 - ExpExtended(-x / 2.0) * sum;
     } else {
         // Q = 2(1 - Phi(z)) + 2 phi(z) * sum_{k=1}^{(n-1)/2} z^(2k-1) / (1*3*...*(2k-1)).
-        double sum = 0.0, term = 1.0 / z, den = 1.0;
-        for (std::int32_t k = 1; k <= (n - 1) / 2; ++k) {
-            term = term * x;
-            den = den * (2.0 * k - 1.0);
-            sum = sum + term / den;
-        }
+        const double sum = ChiSquareSeries(x, 0.0, 1.0 / z, (n - 1) / 2, true);
         result = 1.0 - 2.0 * (kInvSqrtTwoPi * ExpExtended(-x / 2.0) * sum + (1.0 - pz));
     }
     *p = result;

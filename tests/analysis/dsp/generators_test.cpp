@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -431,6 +432,24 @@ TEST(Waves, ArbitraryTable) {
     ASSERT_EQ(ArbitraryWaveGen(3, 1.0, 0.2, table, 0, 1, &p, x.data()), kOk);
     EXPECT_EQ(x, Vec(3, 0.0));
     EXPECT_EQ(p, 5.0);
+}
+
+TEST(Generators, ArbitraryWaveWithoutATablePositionGivesNaN) {
+    // NaN or infinite frequency or phase: no table index can be formed, so
+    // every sample is NaN (and nothing is read outside the table).
+    const double table[4] = {1, 2, 3, 4};
+    const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+    struct Row { const char* name; double f, phase; };
+    const Row rows[] = {{"f NaN", nan, 0.0}, {"f inf", inf, 0.0}, {"phase NaN", 0.1, nan}, {"phase -inf", 0.1, -inf}};
+    for (const Row& r : rows)
+        for (std::int32_t interp : {0, 1}) {
+            double p = r.phase;
+            std::vector<double> x(5, 0.0);
+            ASSERT_EQ(ArbitraryWaveGen(5, 1.0, r.f, table, 4, interp, &p, x.data()), kOk) << r.name;
+            // The first sample sits at the starting phase, finite when only f is bad.
+            for (std::size_t i = std::isfinite(r.phase) ? 1 : 0; i < x.size(); ++i)
+                EXPECT_TRUE(std::isnan(x[i])) << r.name << " sample " << i;
+        }
 }
 
 }  // namespace

@@ -115,6 +115,7 @@ TEST(Matrix, StatusesInOrder) {
         {"LUDecompose n=0", [&] { return LUDecompose(o.data(), 0, p, &i32); }, kErrSamplesBelowOne},
         {"ForwSub n=0", [&] { return ForwSub(a2.data(), a2.data(), 0, p, o.data()); }, kErrSamplesBelowOne},
         {"ForwSub p out of range", [&] { p[0] = 0, p[1] = 2; return ForwSub(a2.data(), a2.data(), 2, p, o.data()); }, kErrIndexRange},
+        {"LUInverse p out of range", [&] { p[0] = -1, p[1] = 1; return LUInverse(a2.data(), 2, p, o.data()); }, kErrIndexRange},
         {"BackSub zero diagonal", [&] { return BackSub(zero_diag.data(), a2.data(), 2, o.data()); }, kErrSingular},
         {"BackSub NaN above the diagonal", [&] { return BackSub(bad.data(), a2.data(), 2, o.data()); }, kOk},
         {"LinEqs singular", [&] { return LinEqs(sing.data(), a2.data(), 2, o.data()); }, kErrSingular},
