@@ -127,6 +127,7 @@ SAFEARRAY* CreateResultArray(VARTYPE type, const std::vector<std::int32_t>& size
         bounds.push_back({static_cast<ULONG>(size), 0});
     }
     if (count * ElementSizeOf(type) > kMaxCount) throw std::bad_alloc();
+    RequireBlock(type, static_cast<UINT>(bounds.size()), bounds.data());  // the per-block bound of every result
     SafeArrayGuard created(SafeArrayCreate(type, static_cast<UINT>(bounds.size()), bounds.data()));
     if (!created.get() || !created.get()->pvData) throw std::bad_alloc();
     return created.release();
