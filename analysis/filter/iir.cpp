@@ -3,9 +3,9 @@
 // Speed without changing a single rounding: the sections of a cascade are
 // independent recursions, so up to four of them are run in one pass over
 // the samples (sample i goes through section 1, then 2, ...), which lets the
-// processor overlap their dependency chains; every section still computes
-// exactly g*(sum num*x) - a1*y1 - a2*y2 ... in that order, as if it had run
-// alone over the whole buffer. The direct-form runner computes the
+// processor overlap their dependency chains; every section still evaluates
+// its own difference equation in its own order of operations (the forms of
+// iir_design.h), as if it had run alone over the whole buffer. The direct-form runner computes the
 // feed-forward sums of a block of samples first (vectorisable across
 // samples, each sum in its own fixed order) and then the recursion.
 #include "analysis/filter/iir.h"
@@ -23,8 +23,34 @@ namespace {
 
 // --- Section runner ----------------------------------------------------------
 
-// Runs K sections of L taps each over y[0 .. n-1] in place, from rest.
-template <int L, int K>
+// One output of a section in its form (iir_design.h), xs[1..L-1] and
+// ys[1..L-1] holding x[n-1], y[n-1], ... Every form is written out with its
+// own parentheses so that the compiler keeps its order of operations.
+template <int L, IirForm F>
+inline double SectionOut(double g, const double* num, const double* a, const double* xs, const double* ys, double v) {
+    if constexpr (F == IirForm::kScaled) {
+        double s = num[0] * v;
+        for (int j = 1; j < L; ++j) s += num[j] * xs[j];
+        double out = g * s;
+        for (int j = 1; j < L; ++j) out -= a[j] * ys[j];
+        return out;
+    } else if constexpr (F == IirForm::kZeroPair) {
+        static_assert(L == 3, "zero-pair sections have three taps");
+        const double fb = (-a[1]) * ys[1] - a[2] * ys[2];
+        return fb + g * (num[0] * (v + xs[2]) + num[1] * xs[1]);
+    } else {
+        double s = num[0] * v;
+        for (int j = 1; j < L; ++j) s += num[j] * xs[j];
+        double fb = a[1] * ys[1];
+        for (int j = 2; j < L; ++j) fb += a[j] * ys[j];
+        return s - fb;
+    }
+}
+
+// Runs K sections of L taps and one form over y[0 .. n-1] in place, from
+// rest. Sample i goes through section 0, then 1, ...; each section sees
+// exactly the sequence it would see running alone over the whole buffer.
+template <int L, IirForm F, int K>
 void RunGroup(const IirSection* sec, double* y, std::int32_t n) {
     double g[K], num[K][L], a[K][L], xs[K][L], ys[K][L];
     for (int k = 0; k < K; ++k) {
@@ -34,10 +60,7 @@ void RunGroup(const IirSection* sec, double* y, std::int32_t n) {
     for (std::int32_t i = 0; i < n; ++i) {
         double v = y[i];
         for (int k = 0; k < K; ++k) {
-            double s = num[k][0] * v;
-            for (int j = 1; j < L; ++j) s += num[k][j] * xs[k][j];
-            double out = g[k] * s;
-            for (int j = 1; j < L; ++j) out -= a[k][j] * ys[k][j];
+            const double out = SectionOut<L, F>(g[k], num[k], a[k], xs[k], ys[k], v);
             for (int j = L - 1; j > 1; --j) xs[k][j] = xs[k][j - 1], ys[k][j] = ys[k][j - 1];
             xs[k][1] = v, ys[k][1] = out;
             v = out;
@@ -46,21 +69,33 @@ void RunGroup(const IirSection* sec, double* y, std::int32_t n) {
     }
 }
 
-template <int L>
+template <int L, IirForm F>
 void RunGroupOf(const IirSection* sec, int count, double* y, std::int32_t n) {
     switch (count) {
-    case 1: RunGroup<L, 1>(sec, y, n); break;
-    case 2: RunGroup<L, 2>(sec, y, n); break;
-    case 3: RunGroup<L, 3>(sec, y, n); break;
-    default: RunGroup<L, 4>(sec, y, n); break;
+    case 1: RunGroup<L, F, 1>(sec, y, n); break;
+    case 2: RunGroup<L, F, 2>(sec, y, n); break;
+    case 3: RunGroup<L, F, 3>(sec, y, n); break;
+    default: RunGroup<L, F, 4>(sec, y, n); break;
     }
 }
 
+// The section kinds that occur: first-order (2 taps, scaled), pole pairs
+// (3 taps, scaled or zero-pair), band sections (3 or 5 taps, direct).
 void RunSections(const IirSection* sec, int count, double* y, std::int32_t n) {
-    switch (sec[0].len) {
-    case 2: RunGroupOf<2>(sec, count, y, n); break;
-    case 3: RunGroupOf<3>(sec, count, y, n); break;
-    default: RunGroupOf<5>(sec, count, y, n); break;
+    switch (sec[0].form) {
+    case IirForm::kScaled:
+        if (sec[0].len == 2)
+            RunGroupOf<2, IirForm::kScaled>(sec, count, y, n);
+        else
+            RunGroupOf<3, IirForm::kScaled>(sec, count, y, n);
+        break;
+    case IirForm::kZeroPair: RunGroupOf<3, IirForm::kZeroPair>(sec, count, y, n); break;
+    default:
+        if (sec[0].len == 3)
+            RunGroupOf<3, IirForm::kDirect>(sec, count, y, n);
+        else
+            RunGroupOf<5, IirForm::kDirect>(sec, count, y, n);
+        break;
     }
 }
 
@@ -74,8 +109,8 @@ void FilterCascade(IirFamily family, std::int32_t type, const double* x, std::in
     int count = 0;
     IirSection s;
     while (source.Next(s)) {
-        // Groups hold sections of one length: flush before a change.
-        if (count == kGroup || (count > 0 && sec[0].len != s.len)) {
+        // Groups hold sections of one length and form: flush before a change.
+        if (count == kGroup || (count > 0 && (sec[0].len != s.len || sec[0].form != s.form))) {
             RunSections(sec, count, y, n);
             count = 0;
         }

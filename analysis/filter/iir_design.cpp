@@ -58,18 +58,23 @@ void BandRealDenominator(IirSection& s, double v, double p, double d) {
     s.a[2] = (p - v + 1) / d;
 }
 
-// Bandpass numerator v s over the denominator with sum d: (v, 0, -v)/d.
+// Bandpass numerator v s over the denominator with sum d: b = (g, 0, -g),
+// g = v/d. (P + v + 1 and v + P + 1 are the same double: one addition
+// commutes exactly.)
 void BandRealPass(IirSection& s, double v, double p) {
     const double d = p + v + 1;
     BandRealDenominator(s, v, p, d);
-    s.g = v / d;
-    s.num[0] = 1, s.num[1] = 0, s.num[2] = -1;
+    const double g = v / d;
+    s.form = IirForm::kDirect;
+    s.g = 1;
+    s.num[0] = g, s.num[1] = 0, s.num[2] = -g;
 }
 
 // Bandstop numerator s^2 + P.
 void BandRealStop(IirSection& s, double v, double p) {
     const double d = p + v + 1;
     BandRealDenominator(s, v, p, d);
+    s.form = IirForm::kDirect;
     s.g = 1;
     s.num[0] = (1 + p) / d, s.num[1] = -2 * (1 - p) / d, s.num[2] = (1 + p) / d;
 }
@@ -100,6 +105,7 @@ double QuarticDenominator(IirSection& s, double e, double sum, double p) {
 // Numerator (s^2 + P)^2 over D: unit gain at DC and at fs/2.
 void NotchNumerator(IirSection& s, double p, double d) {
     const double p2 = p * p;
+    s.form = IirForm::kDirect;
     s.g = 1;
     s.num[0] = (p2 + 2 * p + 1) / d;
     s.num[1] = -4 * (1 - p2) / d;
@@ -108,15 +114,24 @@ void NotchNumerator(IirSection& s, double p, double d) {
     s.num[4] = (p2 + 2 * p + 1) / d;
 }
 
-// Numerator s^4 + Sz s^2 + P^2 (a zero pair at s^2 = -w with Sz = 2P + w),
-// over D.
-void ZeroPairNumerator(IirSection& s, double sz, double p, double d) {
+// Numerator g*(s^4 + Sz s^2 + P^2) (a zero pair at s^2 = -w with
+// Sz = 2P + w), over D: b[k] = g*(c_k/D).
+void ZeroPairNumerator(IirSection& s, double g, double sz, double p, double d) {
     const double p2 = p * p;
-    s.num[0] = (1 + sz + p2) / d;
-    s.num[1] = (-4 + 4 * p2) / d;
-    s.num[2] = (6 - 2 * sz + 6 * p2) / d;
-    s.num[3] = (-4 + 4 * p2) / d;
-    s.num[4] = (1 + sz + p2) / d;
+    s.form = IirForm::kDirect;
+    s.g = 1;
+    s.num[0] = g * ((1 + sz + p2) / d);
+    s.num[1] = g * ((-4 + 4 * p2) / d);
+    s.num[2] = g * ((6 - 2 * sz + 6 * p2) / d);
+    s.num[3] = g * ((-4 + 4 * p2) / d);
+    s.num[4] = g * ((1 + sz + p2) / d);
+}
+
+// b = (q/D, 0, -2q/D, 0, q/D).
+void BandPassNumerator(IirSection& s, double q, double d) {
+    s.form = IirForm::kDirect;
+    s.g = 1;
+    s.num[0] = q / d, s.num[1] = 0, s.num[2] = -2 * q / d, s.num[3] = 0, s.num[4] = q / d;
 }
 
 }  // namespace
@@ -161,7 +176,7 @@ IirSectionSource::IirSectionSource(IirFamily family, std::int32_t type, std::int
         sh_ = (w - 1 / w) / 2, ch_ = (w + 1 / w) / 2;
     }
     step_ = kPi / n;
-    theta_ = (kPi + kPi / n) / 2;
+    theta0_ = theta_ = (kPi + kPi / n) / 2;
     m_ = (order & 1) ? 2 : 1;
     realDone_ = (order & 1) == 0;
 }
@@ -174,9 +189,12 @@ bool IirSectionSource::Next(IirSection& s) {
         return true;
     }
     if (k_ >= order_ / 2) return false;
+    // Butterworth and Chebyshev: theta_k = theta_0 + (k*pi)/N. The inverse
+    // family runs its angle from theta_0 by repeated addition of pi/N.
+    if (family_ != IirFamily::kInverseChebyshev) theta_ = theta0_ + static_cast<double>(k_) * kPi / order_;
     PairSection(s);
     ++k_;
-    theta_ += step_;
+    if (family_ == IirFamily::kInverseChebyshev) theta_ += step_;
     m_ += 2;
     return true;
 }
@@ -251,8 +269,10 @@ void IirSectionSource::PairSection(IirSection& s) {
             BandDenominator(s, e, sum, p, d);
             s.a[4] = (sum - f - e + p2 + 1) / d;
             if (type_ == kBandpass) {
-                s.g = b * b / d;
-                s.num[0] = 1, s.num[1] = 0, s.num[2] = -2, s.num[3] = 0, s.num[4] = 1;
+                // g = B^2/D, b = (g, 0, -2g, 0, g).
+                const double g = b * b / d;
+                s.form = IirForm::kDirect;
+                s.num[0] = g, s.num[1] = 0, s.num[2] = -2 * g, s.num[3] = 0, s.num[4] = g;
             } else {
                 NotchNumerator(s, p, d);
             }
@@ -281,8 +301,7 @@ void IirSectionSource::PairSection(IirSection& s) {
             const double q = b * b * ((sh * sh - ch * ch) * (c * c) + ch * ch);
             const double e = -2 * sh * b * c;
             const double d = QuarticDenominator(s, e, 2 * p + q, p);
-            s.g = q / d;
-            s.num[0] = 1, s.num[1] = 0, s.num[2] = -2, s.num[3] = 0, s.num[4] = 1;
+            BandPassNumerator(s, q, d);
             return;
         }
         default: {
@@ -303,6 +322,7 @@ void IirSectionSource::PairSection(IirSection& s) {
             // (s^2 + Z)/(s^2 + p1 s + p2) * p2/Z: unit gain at DC.
             const double z = t * t / (sz * sz), p1 = -2 * t * re / mm, p2 = t * t / mm, d = p2 + p1 + 1;
             SetPair(s, p2 / z, (z + 1) / d, 2 * ((z - 1) / d), (z + 1) / d, -(2 * (1 - p2) / d), (p2 - p1 + 1) / d);
+            s.form = IirForm::kZeroPair;
             return;
         }
         case kHighpass: {
@@ -310,6 +330,7 @@ void IirSectionSource::PairSection(IirSection& s) {
             // + T^2 M): unit gain at fs/2.
             const double z = t * t * (sz * sz), p1 = -2 * t * re, p2 = t * t * mm, d = p2 + p1 + 1;
             SetPair(s, 1, (z + 1) / d, 2 * ((z - 1) / d), (z + 1) / d, -(2 * (1 - p2) / d), (p2 - p1 + 1) / d);
+            s.form = IirForm::kZeroPair;
             return;
         }
         case kBandpass: {
@@ -317,8 +338,7 @@ void IirSectionSource::PairSection(IirSection& s) {
             // the band centre.
             const double e = -2 * b * re / mm;
             const double d = QuarticDenominator(s, e, 2 * p + b * b / mm, p);
-            ZeroPairNumerator(s, 2 * p + b * b / (sz * sz), p, d);
-            s.g = sz * sz / mm;
+            ZeroPairNumerator(s, sz * sz / mm, 2 * p + b * b / (sz * sz), p, d);
             return;
         }
         default: {
@@ -326,8 +346,7 @@ void IirSectionSource::PairSection(IirSection& s) {
             // zeros move to s_n^2 = -sz^2. Unit gain at DC and fs/2.
             const double e = -2 * b * re;
             const double d = QuarticDenominator(s, e, 2 * p + b * b * mm, p);
-            ZeroPairNumerator(s, 2 * p + b * b * (sz * sz), p, d);
-            s.g = 1;
+            ZeroPairNumerator(s, 1, 2 * p + b * b * (sz * sz), p, d);
             return;
         }
         }

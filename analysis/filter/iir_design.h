@@ -6,16 +6,26 @@
 // which they are run: for an odd order first the real-pole section (a
 // first-order section for lowpass/highpass, a second-order one for the band
 // types), then one section per prototype pole pair k = 0, 1, ... with the
-// pole angles theta_k = (pi + pi/N)/2 + k*pi/N advanced by repeated addition.
+// pole angles theta_k = (pi + pi/N)/2 + k*pi/N (the inverse Chebyshev
+// family steps its angle by repeated addition of pi/N instead).
 //
-// Every section is stored as
-//     y[n] = g * (num[0]*x[n] + ... + num[len-1]*x[n-len+1])
-//            - a[1]*y[n-1] - ... - a[len-1]*y[n-len+1]
-// with a[0] = 1 in the denominator sign convention (a feedback term enters
-// with a minus sign). Its direct-form coefficients are b[k] = g * num[k].
-// Where num holds a small integer pattern (1, 2, 1), the products with it
-// are exact, so running the section and running its coefficients differ
-// only in the rounding of g * num[k].
+// Every section carries its direct-form coefficients b[k] = g * num[k] and
+// a (a[0] = 1, a feedback term entering with a minus sign), which the
+// coefficient designs multiply together, and a form that fixes the order in
+// which the filtering kernels evaluate it, one rounding after another:
+//   kScaled   y = g*(num[0]*x[n] + num[1]*x[n-1] + ...) - a[1]*y[n-1] - ...
+//             (lowpass and highpass first-order and pole-pair sections,
+//             whose num is 1, +-1 or 1, +-2, 1, so the inner sum is exact
+//             up to its last addition);
+//   kZeroPair y = (-a[1])*y[n-1] - a[2]*y[n-2]
+//                 + g*(num[0]*(x[n] + x[n-2]) + num[1]*x[n-1])
+//             (inverse Chebyshev lowpass and highpass pole pairs, whose
+//             numerator is symmetric and num[1] = 2*((Z - 1)/D));
+//   kDirect   y = (b[0]*x[n] + b[1]*x[n-1] + ...) - (a[1]*y[n-1] + ...)
+//             (band sections, whose b are rounded coefficients of their
+//             own; num holds b and g is 1).
+// Sums run left to right as written. Running a section and running its
+// coefficients through the direct-form runner differ in rounding only.
 #pragma once
 
 #include "analysis/status.h"
@@ -37,8 +47,11 @@ enum class IirFamily { kButterworth, kChebyshev, kInverseChebyshev };
 // Filter type codes of the coefficient methods.
 enum IirType : std::int32_t { kLowpass = 0, kHighpass = 1, kBandpass = 2, kBandstop = 3 };
 
+enum class IirForm { kScaled, kZeroPair, kDirect };
+
 struct IirSection {
     std::int32_t len = 0;  // taps: 2, 3 or 5
+    IirForm form = IirForm::kScaled;
     double g = 1.0;
     double num[5] = {};
     double a[5] = {};
@@ -76,7 +89,7 @@ private:
     double b_ = 0, p_ = 0;    // band: Th - Tl and Th*Tl
     double sh_ = 0, ch_ = 0;  // prototype: sinh and cosh of asinh(1/eps)/N
     double sqrtP_ = 1;        // Chebyshev: 10^(R/20)
-    double theta_ = 0, step_ = 0;
+    double theta0_ = 0, theta_ = 0, step_ = 0;
     std::int64_t k_ = 0;      // pole pairs produced so far
     std::int32_t m_ = 0;      // inverse Chebyshev zero index (odd N: 2, 4, ...; even: 1, 3, ...)
     bool realDone_ = false;

@@ -2,7 +2,8 @@
 // coefficients at prewarped frequencies equals the closed-form Butterworth,
 // Chebyshev or inverse Chebyshev magnitude; every pole lies inside the unit
 // circle (Schur-Cohn step-down); the filtering kernels and the coefficient
-// designs give the same impulse response; the direct-form runner against a
+// designs give the same impulse response; every section kind bit for bit
+// against its equation written out here; the direct-form runner against a
 // difference equation written out here, and split records against whole ones.
 #include "analysis/filter/iir.h"
 #include "analysis/filter/iir_design.h"
@@ -13,6 +14,8 @@
 #include <algorithm>
 #include <complex>
 #include <cstdint>
+#include <cstring>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -198,6 +201,232 @@ TEST(IirDesign, FilteringEqualsCoefficientsOnAnImpulse) {
         Vec inplace = x;
         ASSERT_EQ(Filter(c.fam, c.type, inplace, c.order, inplace), kOk);
         EXPECT_EQ(inplace, got);
+    }
+}
+
+// ---------------------------------------------------------------------------
+// The filtering kernels against the section equations written out plainly,
+// bit for bit on a random record: a change in the order of operations of any
+// section kind, in the pole angles or in the section order shows up here.
+
+std::uint64_t Bits(double v) {
+    std::uint64_t u;
+    std::memcpy(&u, &v, sizeof u);
+    return u;
+}
+
+// One section from rest; eq(X, Y) sees X[k] = x[n-k] and Y[k] = y[n-k].
+template <class Eq>
+Vec Section(const Vec& in, Eq eq) {
+    Vec out(in.size());
+    for (std::size_t n = 0; n < in.size(); ++n) {
+        double X[5], Y[5];
+        for (std::size_t k = 0; k < 5; ++k) {
+            X[k] = n >= k ? in[n - k] : 0.0;
+            Y[k] = k > 0 && n >= k ? out[n - k] : 0.0;
+        }
+        out[n] = eq(X, Y);
+    }
+    return out;
+}
+
+// y[n] = (b[0]x[n] + b[1]x[n-1] + ...) - (a[1]y[n-1] + a[2]y[n-2] + ...),
+// over a[0].
+Vec Direct(const Vec& in, const Vec& b, const Vec& a) {
+    return Section(in, [&](const double* X, const double* Y) {
+        double s = b[0] * X[0];
+        for (std::size_t k = 1; k < b.size(); ++k) s = s + b[k] * X[k];
+        double r = a[1] * Y[1];
+        for (std::size_t k = 2; k < a.size(); ++k) r = r + a[k] * Y[k];
+        return (s - r) / a[0];
+    });
+}
+
+double Theta(int k, int N) { return (kPi + kPi / N) / 2 + k * kPi / N; }
+
+Vec RefButterworth(int type, int N, Vec x) {
+    if (type < 2) {
+        const double T = std::tan(kPi * kFc / kFs);
+        if (N % 2 == 1) {
+            if (type == 0) {
+                const double g = T / (1 + T), r = (1 - T) / (1 + T);
+                x = Section(x, [&](const double* X, const double* Y) { return g * (X[0] + X[1]) + r * Y[1]; });
+            } else {
+                const double g = 1 / (1 + T);
+                x = Section(x, [&](const double* X, const double* Y) { return g * (X[0] - X[1]) + (1 - T) * g * Y[1]; });
+            }
+        }
+        for (int k = 0; k < N / 2; ++k) {
+            const double u = 2 * T * std::cos(Theta(k, N));
+            if (type == 0) {
+                const double d = T * T - u + 1;
+                x = Section(x, [&](const double* X, const double* Y) {
+                    return (T * T / d) * (X[0] + 2 * X[1] + X[2]) + ((2 - 2 * T * T) / d) * Y[1] -
+                           ((T * T + u + 1) / d) * Y[2];
+                });
+            } else {
+                const double g = 1 / (T * T + 1 - u);
+                x = Section(x, [&](const double* X, const double* Y) {
+                    return g * (X[0] - 2 * X[1] + X[2]) + g * (2 - 2 * T * T) * Y[1] - g * (T * T + 1 + u) * Y[2];
+                });
+            }
+        }
+        return x;
+    }
+    const double Tl = std::tan(kPi * kFl / kFs), Th = std::tan(kPi * kFh / kFs), B = Th - Tl, P = Th * Tl;
+    if (N % 2 == 1) {
+        if (type == 2) {
+            const double D = B + P + 1;
+            x = Direct(x, {B / D, 0, -B / D}, {1, -2 * (1 - P) / D, (P - B + 1) / D});
+        } else {
+            const double D = P + B + 1;
+            x = Direct(x, {(1 + P) / D, -2 * (1 - P) / D, (1 + P) / D}, {1, -2 * (1 - P) / D, (P - B + 1) / D});
+        }
+    }
+    for (int k = 0; k < N / 2; ++k) {
+        const double e = -2 * B * std::cos(Theta(k, N)), f = P * e, S = B * B + 2 * P;
+        const double D = P * P + f + S + e + 1;
+        const Vec a = {1, (2 * (2 * (P * P) - (e - f)) - 4) / D, (2 * (3 * (P * P) - S) + 6) / D,
+                       (2 * ((e - f) + 2 * (P * P)) - 4) / D, (S - f - e + P * P + 1) / D};
+        const double g = B * B / D;
+        const double n0 = (P * P + 2 * P + 1) / D, n1 = -4 * (1 - P * P) / D,
+                     n2 = (2 * (3 * (P * P) - 2 * P) + 6) / D;
+        x = type == 2 ? Direct(x, {g, 0, -2 * g, 0, g}, a) : Direct(x, {n0, n1, n2, n1, n0}, a);
+    }
+    return x;
+}
+
+// Chebyshev lowpass, highpass and bandpass.
+Vec RefChebyshev(int type, int N, Vec x) {
+    const double P0 = std::pow(10.0, 0.1 * kRipple), eps = std::sqrt(P0 - 1);
+    const double w = std::pow((1 + std::sqrt(P0)) / eps, 1.0 / N), sh = (w - 1 / w) / 2, ch = (w + 1 / w) / 2;
+    const double T = std::tan(kPi * kFc / kFs);
+    if (type < 2) {
+        if (N % 2 == 1) {
+            if (type == 0) {
+                const double A = sh * T;
+                x = Section(x, [&](const double* X, const double* Y) {
+                    return (A / (1 + A)) * (X[0] + X[1]) + ((1 - A) / (1 + A)) * Y[1];
+                });
+            } else {
+                x = Section(x, [&](const double* X, const double* Y) {
+                    return (sh / (T + sh)) * (X[0] - X[1]) + ((sh - T) / (T + sh)) * Y[1];
+                });
+            }
+        }
+        for (int k = 0; k < N / 2; ++k) {
+            const double th = Theta(k, N);
+            const double corr = (N % 2 == 0 && k == 0) ? std::sqrt(P0) : 1.0;
+            if (type == 0) {
+                const double u = 2 * sh * T * std::cos(th);
+                const double q = T * T * ((sh * sh - ch * ch) * std::cos(2 * th) + ch * ch + sh * sh) / 2;
+                const double d = q - u + 1, g = q / d / corr;
+                x = Section(x, [&](const double* X, const double* Y) {
+                    return g * (X[0] + 2 * X[1] + X[2]) + ((2 - 2 * q) / d) * Y[1] - ((q + u + 1) / d) * Y[2];
+                });
+            } else {
+                const double q = ((sh * sh - ch * ch) * std::cos(2 * th) + ch * ch + sh * sh) / 2;
+                const double u = 2 * T * sh * std::cos(th), d = q - u + T * T, g = q / d / corr;
+                x = Section(x, [&](const double* X, const double* Y) {
+                    return g * (X[0] - 2 * X[1] + X[2]) + (2 * (q - T * T) / d) * Y[1] - ((u + q + T * T) / d) * Y[2];
+                });
+            }
+        }
+        return x;
+    }
+    const double Tl = std::tan(kPi * kFl / kFs), Th = std::tan(kPi * kFh / kFs), B = Th - Tl, P = Th * Tl;
+    if (N % 2 == 1) {
+        const double v = N == 1 ? B : sh * B, D = P + v + 1, g = v / D;
+        x = Direct(x, {g, 0, -g}, {1, -2 * (1 - P) / D, (P - v + 1) / D});
+    }
+    for (int k = 0; k < N / 2; ++k) {
+        const double c = std::cos(Theta(k, N));
+        const double q = B * B * ((sh * sh - ch * ch) * (c * c) + ch * ch);
+        const double e = -2 * sh * B * c, f = P * e, S = 2 * P + q, D = P * P + S + f + e + 1;
+        x = Direct(x, {q / D, 0, -2 * q / D, 0, q / D},
+                   {1, (2 * (2 * (P * P) - (e - f)) - 4) / D, (2 * (3 * (P * P) - S) + 6) / D,
+                    (2 * ((e - f) + 2 * (P * P)) - 4) / D, (P * P - f - e + S + 1) / D});
+    }
+    return x;
+}
+
+// Inverse Chebyshev lowpass; the odd-order first section is this library's
+// own (pole T/sh, unit DC gain, in the Butterworth first-order form).
+Vec RefInvChebyshevLowpass(int N, Vec x) {
+    const double P0 = std::pow(10.0, 0.1 * kAtten), e = 1 / std::sqrt(P0 - 1);
+    const double w = std::pow((1 + std::sqrt(1 + e * e)) / e, 1.0 / N), sh = (w - 1 / w) / 2, ch = (w + 1 / w) / 2;
+    const double T = std::tan(kPi * kFc / kFs);
+    if (N % 2 == 1) {
+        const double A = T / sh;
+        x = Section(x, [&](const double* X, const double* Y) {
+            return (A / (1 + A)) * (X[0] + X[1]) + ((1 - A) / (1 + A)) * Y[1];
+        });
+    }
+    double th = (kPi + kPi / N) / 2;
+    for (int m = N % 2 == 1 ? 2 : 1; m <= N - 1; m += 2, th += kPi / N) {
+        const double sz = std::sin(m * kPi / (2.0 * N));
+        const double Z = T * T / (sz * sz);
+        const double re = sh * std::cos(th), im = ch * std::sin(th), M = re * re + im * im;
+        const double p1 = -2 * T * re / M, p2 = T * T / M, D = p2 + p1 + 1;
+        x = Section(x, [&](const double* X, const double* Y) {
+            return (2 * (1 - p2) / D) * Y[1] - ((p2 - p1 + 1) / D) * Y[2] +
+                   (p2 / Z) * (((Z + 1) / D) * (X[0] + X[2]) + 2 * ((Z - 1) / D) * X[1]);
+        });
+    }
+    return x;
+}
+
+TEST(IirSections, KernelsEvaluateEachSectionAsWritten) {
+    std::mt19937_64 rng(20261123);
+    std::uniform_real_distribution<double> uni(-1, 1);
+    Vec x(600);
+    for (double& v : x) v = uni(rng);
+    // Orders: one section of each kind alone, odd and even cascades, k up to
+    // 4 (angles), and more than four sections of one kind (two groups).
+    struct Row {
+        Fam fam;
+        int type;
+        std::vector<int> orders;
+    } rows[] = {
+        {kBw, 0, {1, 2, 7, 10}}, {kBw, 1, {1, 2, 9}},     {kBw, 2, {1, 2, 5}},   {kBw, 3, {1, 2, 6}},
+        {kCh, 0, {1, 2, 5, 10}}, {kCh, 1, {1, 2, 7, 8}},  {kCh, 2, {1, 2, 3, 6}},
+        {kInvCh, 0, {2, 3, 7, 10}},
+    };
+    for (const Row& r : rows) {
+        for (int order : r.orders) {
+            SCOPED_TRACE((Case{r.fam, r.type, order}.Name()));
+            const Vec want = r.fam == kBw   ? RefButterworth(r.type, order, x)
+                             : r.fam == kCh ? RefChebyshev(r.type, order, x)
+                                            : RefInvChebyshevLowpass(order, x);
+            Vec got(x.size());
+            ASSERT_EQ(Filter(r.fam, r.type, x, order, got), kOk);
+            for (std::size_t i = 0; i < x.size(); ++i)
+                ASSERT_EQ(Bits(got[i]), Bits(want[i])) << "sample " << i << ": " << got[i] << " vs " << want[i];
+        }
+    }
+}
+
+// The derived forms keep the frame: a band section runs as the difference
+// equation of its own coefficients (for one section these are exactly what
+// the coefficient design returns), and the inverse Chebyshev highpass pair
+// (gain 1) runs like the lowpass pair.
+TEST(IirSections, DerivedFormsRunTheirCoefficientsInTheSameOrder) {
+    std::mt19937_64 rng(7);
+    std::uniform_real_distribution<double> uni(-1, 1);
+    Vec x(400);
+    for (double& v : x) v = uni(rng);
+    const Case cases[] = {{kCh, 3, 1},    {kCh, 3, 2},    {kInvCh, 2, 1}, {kInvCh, 2, 2},
+                          {kInvCh, 3, 1}, {kInvCh, 3, 2}, {kInvCh, 1, 2}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.Name());
+        const int m = c.type < 2 ? c.order + 1 : 2 * c.order + 1;
+        Vec a(m), b(m), got(x.size());
+        ASSERT_EQ(Design(c.fam, c.type, c.order, c.type < 2 ? kFc : kFl, kFh, a, b), kOk);
+        ASSERT_EQ(Filter(c.fam, c.type, x, c.order, got), kOk);
+        const Vec want = c.type >= 2 ? Direct(x, b, a) : Section(x, [&](const double* X, const double* Y) {
+            return (-a[1]) * Y[1] - a[2] * Y[2] + 1 * (b[0] * (X[0] + X[2]) + b[1] * X[1]);
+        });
+        for (std::size_t i = 0; i < x.size(); ++i) ASSERT_EQ(Bits(got[i]), Bits(want[i])) << "sample " << i;
     }
 }
 
