@@ -676,6 +676,170 @@ void EquiRplBPCoef(Call& c) { EquiRippleShortcut(c, 2, true); }
 void EquiRplBSCoef(Call& c) { EquiRippleShortcut(c, 3, true); }
 // --- end of FIR designs ------------------------------------------------------
 
+// --- IIR filters -------------------------------------------------------------
+//
+// The filtering methods return x run through the designed cascade; the
+// coefficient methods hand back a and b of na and nb elements, zero past the
+// designed ones; IIRFiltering runs any a/b pair and hands its state back.
+
+namespace {
+
+using SingleIirKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, std::int32_t, double*);
+using SingleIirKernelP = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, std::int32_t,
+                                            double*);
+using BandIirKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, std::int32_t, double*);
+using BandIirKernelP = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, double, std::int32_t,
+                                          double*);
+
+// x is one-dimensional; an empty x reaches the kernel, which reports it.
+// The kernel copies x into the result and filters it there.
+void IirFilterMethod(Call& c, int scalars, double* v, std::int32_t& order, ArgArray& x, ArgArray& y) {
+    x.AttachByValue(c.In(0));
+    x.Lock();
+    x.RequireDims(1);
+    for (int i = 0; i < scalars; ++i) {
+        ArgScalar s(c.In(1 + i));
+        v[i] = s.Double();
+    }
+    ArgScalar ord(c.In(1 + scalars));
+    order = ord.Int();
+    y.Create1D(x.Count());
+}
+
+void SingleIir(Call& c, SingleIirKernel kernel) {
+    ArgArray x, y;
+    double v[2];
+    std::int32_t order = 0;
+    IirFilterMethod(c, 2, v, order, x, y);
+    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], order, y.AsDouble()));
+    ReturnArray(c, y);
+}
+
+void SingleIirP(Call& c, SingleIirKernelP kernel) {
+    ArgArray x, y;
+    double v[3];
+    std::int32_t order = 0;
+    IirFilterMethod(c, 3, v, order, x, y);
+    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], order, y.AsDouble()));
+    ReturnArray(c, y);
+}
+
+void BandIir(Call& c, BandIirKernel kernel) {
+    ArgArray x, y;
+    double v[3];
+    std::int32_t order = 0;
+    IirFilterMethod(c, 3, v, order, x, y);
+    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], order, y.AsDouble()));
+    ReturnArray(c, y);
+}
+
+void BandIirP(Call& c, BandIirKernelP kernel) {
+    ArgArray x, y;
+    double v[4];
+    std::int32_t order = 0;
+    IirFilterMethod(c, 4, v, order, x, y);
+    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], v[3], order, y.AsDouble()));
+    ReturnArray(c, y);
+}
+
+// Type, Order, SampleFreq, CutoffFreqLow, CutoffFreqHigh, [Ripple |
+// Attenuation], na, nb, out a, out b. Negative counts give empty arrays; the
+// kernel then reports them (-20008).
+template <typename Design>
+void IirCoefMethod(Call& c, bool withParam, Design design) {
+    ArgScalar type(c.In(0)), order(c.In(1)), fs(c.In(2)), fl(c.In(3)), fh(c.In(4));
+    const std::int32_t t = type.Int(), o = order.Int();
+    const double s = fs.Double(), lo = fl.Double(), hi = fh.Double();
+    double param = 0;
+    int next = 5;
+    if (withParam) {
+        ArgScalar p(c.In(next++));
+        param = p.Double();
+    }
+    ArgScalar countA(c.In(next)), countB(c.In(next + 1));
+    const std::int32_t na = countA.Int(), nb = countB.Int();
+    ArgArray a, b;
+    a.Create1D(na < 0 ? 0 : na);
+    b.Create1D(nb < 0 ? 0 : nb);
+    ThrowAnalysisStatus(design(t, o, s, lo, hi, param, a.AsDouble(), na, b.AsDouble(), nb));
+    OutputArray(c, next + 2, a);
+    OutputArray(c, next + 3, b);
+}
+
+// A state array of IIRFiltering (in/out parameter i) that must hold at least
+// `needed` values. It is copied into `state`, which the kernel updates and
+// which is handed back. A state of no values may be an empty array, Empty
+// or omitted; it is then left as it was.
+bool ReadState(Call& c, int i, std::int32_t needed, ArgArray& state) {
+    if (needed <= 0 && IsMissingArgument(*c.Out(i))) return false;
+    ArgArray given;
+    given.AttachByValue(*c.Out(i));
+    given.Lock();
+    given.RequireMoreElements(needed - 1);
+    const std::int32_t count = given.Count();
+    state.Create1D(count);
+    if (count > 0) ThrowAnalysisStatus(CopyValues(given.AsDouble(), count, state.AsDouble()));
+    return true;
+}
+
+}  // namespace
+
+void BwLPF(Call& c) { SingleIir(c, BwLowPass); }
+void BwHPF(Call& c) { SingleIir(c, BwHighPass); }
+void BwBPF(Call& c) { BandIir(c, BwBandPass); }
+void BwBSF(Call& c) { BandIir(c, BwBandStop); }
+void ChLPF(Call& c) { SingleIirP(c, ChLowPass); }
+void ChHPF(Call& c) { SingleIirP(c, ChHighPass); }
+void ChBPF(Call& c) { BandIirP(c, ChBandPass); }
+void ChBSF(Call& c) { BandIirP(c, ChBandStop); }
+void InvChLPF(Call& c) { SingleIirP(c, InvChLowPass); }
+void InvChHPF(Call& c) { SingleIirP(c, InvChHighPass); }
+void InvChBPF(Call& c) { BandIirP(c, InvChBandPass); }
+void InvChBSF(Call& c) { BandIirP(c, InvChBandStop); }
+
+void BwCoef(Call& c) {
+    IirCoefMethod(c, false,
+                  [](std::int32_t t, std::int32_t o, double fs, double fl, double fh, double, double* a, std::int32_t na,
+                     double* b, std::int32_t nb) { return BwCoefDesign(t, o, fs, fl, fh, a, na, b, nb); });
+}
+void ChCoef(Call& c) { IirCoefMethod(c, true, ChCoefDesign); }
+void InvChCoef(Call& c) { IirCoefMethod(c, true, InvChCoefDesign); }
+
+// x, a, b, in/out y1, in/out x1, out y. An empty a (an array of no
+// elements, Empty or omitted) runs b alone as an FIR filter; y1 is then not
+// read and is left as it was.
+void IIRFiltering(Call& c) {
+    ArgArray x(c.In(0));
+    x.RequireDims(1);
+    ArgArray a;
+    std::int32_t na = 0;
+    if (!c.IsMissing(1)) {
+        a.AttachByValue(c.In(1));
+        a.Lock();
+        a.RequireDims(1);
+        na = a.Count();
+    }
+    ArgArray b(c.In(2));
+    b.RequireDims(1);
+    const std::int32_t nb = b.Count();
+    ArgArray y1, x1;
+    double none = 0;  // y1 of a one-coefficient a, which holds no values
+    const bool hasY1 = na > 0 && ReadState(c, 3, na - 1, y1);
+    const bool hasX1 = ReadState(c, 4, nb - 1, x1);
+    const std::int32_t n = x.Count();
+    ArgArray y;
+    y.Create1D(n);
+    double* y1Data = na > 0 ? (hasY1 && y1.Count() > 0 ? y1.AsDouble() : &none) : nullptr;
+    double* x1Data = hasX1 && x1.Count() > 0 ? x1.AsDouble() : nullptr;
+    ThrowAnalysisStatus(IIRFilterRun(x.AsDouble(), n, na > 0 ? a.AsDouble() : nullptr, y1Data, na, b.AsDouble(),
+                                     x1Data, nb, y.AsDouble()));
+    if (hasY1) OutputArray(c, 3, y1);
+    if (hasX1) OutputArray(c, 4, x1);
+    OutputArray(c, 5, y);
+}
+
+// Not built yet.
+
 // Not built yet.
 VN_NOT_IMPLEMENTED(ElpLPF)
 VN_NOT_IMPLEMENTED(ElpHPF)
