@@ -18,6 +18,8 @@
 #include "frame/errors.h"
 #include "frame/method_frame.h"
 
+#include <utility>
+
 namespace vn {
 namespace dsp_handlers {
 
@@ -684,13 +686,6 @@ void EquiRplBSCoef(Call& c) { EquiRippleShortcut(c, 3, true); }
 
 namespace {
 
-using SingleIirKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, std::int32_t, double*);
-using SingleIirKernelP = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, std::int32_t,
-                                            double*);
-using BandIirKernel = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, std::int32_t, double*);
-using BandIirKernelP = AnalysisStatus (*)(const double*, std::int32_t, double, double, double, double, std::int32_t,
-                                          double*);
-
 // x is one-dimensional; an empty x reaches the kernel, which reports it.
 // The kernel copies x into the result and filters it there.
 void IirFilterMethod(Call& c, int scalars, double* v, std::int32_t& order, ArgArray& x, ArgArray& y) {
@@ -706,41 +701,20 @@ void IirFilterMethod(Call& c, int scalars, double* v, std::int32_t& order, ArgAr
     y.Create1D(x.Count());
 }
 
-void SingleIir(Call& c, SingleIirKernel kernel) {
+// x, then Scalars doubles (fs, cut-offs, ripple or attenuation), then Order:
+// the filtered record of x's length.
+template <int Scalars, typename Kernel, std::size_t... I>
+void RunIir(Call& c, Kernel kernel, std::index_sequence<I...>) {
     ArgArray x, y;
-    double v[2];
+    double v[Scalars];
     std::int32_t order = 0;
-    IirFilterMethod(c, 2, v, order, x, y);
-    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], order, y.AsDouble()));
+    IirFilterMethod(c, Scalars, v, order, x, y);
+    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[I]..., order, y.AsDouble()));
     ReturnArray(c, y);
 }
 
-void SingleIirP(Call& c, SingleIirKernelP kernel) {
-    ArgArray x, y;
-    double v[3];
-    std::int32_t order = 0;
-    IirFilterMethod(c, 3, v, order, x, y);
-    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], order, y.AsDouble()));
-    ReturnArray(c, y);
-}
-
-void BandIir(Call& c, BandIirKernel kernel) {
-    ArgArray x, y;
-    double v[3];
-    std::int32_t order = 0;
-    IirFilterMethod(c, 3, v, order, x, y);
-    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], order, y.AsDouble()));
-    ReturnArray(c, y);
-}
-
-void BandIirP(Call& c, BandIirKernelP kernel) {
-    ArgArray x, y;
-    double v[4];
-    std::int32_t order = 0;
-    IirFilterMethod(c, 4, v, order, x, y);
-    ThrowAnalysisStatus(kernel(x.AsDouble(), x.Count(), v[0], v[1], v[2], v[3], order, y.AsDouble()));
-    ReturnArray(c, y);
-}
+template <int Scalars, typename Kernel>
+void IirMethod(Call& c, Kernel kernel) { RunIir<Scalars>(c, kernel, std::make_index_sequence<Scalars>{}); }
 
 // Type, Order, SampleFreq, CutoffFreqLow, CutoffFreqHigh, [Ripple |
 // Attenuation], na, nb, out a, out b. Negative counts give empty arrays; the
@@ -784,18 +758,18 @@ bool ReadState(Call& c, int i, std::int32_t needed, ArgArray& state) {
 
 }  // namespace
 
-void BwLPF(Call& c) { SingleIir(c, BwLowPass); }
-void BwHPF(Call& c) { SingleIir(c, BwHighPass); }
-void BwBPF(Call& c) { BandIir(c, BwBandPass); }
-void BwBSF(Call& c) { BandIir(c, BwBandStop); }
-void ChLPF(Call& c) { SingleIirP(c, ChLowPass); }
-void ChHPF(Call& c) { SingleIirP(c, ChHighPass); }
-void ChBPF(Call& c) { BandIirP(c, ChBandPass); }
-void ChBSF(Call& c) { BandIirP(c, ChBandStop); }
-void InvChLPF(Call& c) { SingleIirP(c, InvChLowPass); }
-void InvChHPF(Call& c) { SingleIirP(c, InvChHighPass); }
-void InvChBPF(Call& c) { BandIirP(c, InvChBandPass); }
-void InvChBSF(Call& c) { BandIirP(c, InvChBandStop); }
+void BwLPF(Call& c) { IirMethod<2>(c, BwLowPass); }
+void BwHPF(Call& c) { IirMethod<2>(c, BwHighPass); }
+void BwBPF(Call& c) { IirMethod<3>(c, BwBandPass); }
+void BwBSF(Call& c) { IirMethod<3>(c, BwBandStop); }
+void ChLPF(Call& c) { IirMethod<3>(c, ChLowPass); }
+void ChHPF(Call& c) { IirMethod<3>(c, ChHighPass); }
+void ChBPF(Call& c) { IirMethod<4>(c, ChBandPass); }
+void ChBSF(Call& c) { IirMethod<4>(c, ChBandStop); }
+void InvChLPF(Call& c) { IirMethod<3>(c, InvChLowPass); }
+void InvChHPF(Call& c) { IirMethod<3>(c, InvChHighPass); }
+void InvChBPF(Call& c) { IirMethod<4>(c, InvChBandPass); }
+void InvChBSF(Call& c) { IirMethod<4>(c, InvChBandStop); }
 
 void BwCoef(Call& c) {
     IirCoefMethod(c, false,
