@@ -19,10 +19,11 @@ import os
 import re
 import sys
 
-# (a, b: the level counts of the analyses of variance.)
+# (a, b: the level counts of the analyses of variance; frames: the record
+# pairs of the network functions, each of n samples.)
 SIZE_NAMES = re.compile(
     r"^(n|n\d|m|k|r|q|c|p|size|nx|ny|rows|cols|count|len|length|intervals|"
-    r"order|bins|levels|points|na|nb|ma|mb|taps|ncoef|numCoef|sources|a|b)$")
+    r"order|bins|levels|points|na|nb|ma|mb|np|nq|taps|ncoef|numCoef|sources|frames|bands|a|b)$")
 SKIP_HEADERS = re.compile(r"(internal|detail|scratch|limits)\.h$")
 DECL = re.compile(r"^(AnalysisStatus|double|void|std::int32_t|bool)\s+(\w+)\s*\(([^;{]*)\)\s*;",
                   re.M | re.S)
