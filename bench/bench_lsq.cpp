@@ -40,14 +40,19 @@ std::vector<double> Design(const LinearSet& s, int& k) {
     const int n = static_cast<int>(s.y.size());
     k = s.model == Model::Polynomial ? s.degree + 1 : s.model == Model::NoIntercept ? 1 : 7;
     std::vector<double> h(std::size_t(n) * k);
-    for (int i = 0; i < n; ++i)
+    // Powers by repeated products, x^j = x^(j-1) * x, the way a Vandermonde
+    // matrix is usually built (numpy.vander does the same).
+    for (int i = 0; i < n; ++i) {
+        double power = 1;
         for (int j = 0; j < k; ++j) {
             double v = 1;
-            if (s.model == Model::Polynomial) v = std::pow(s.x[i], j);
+            if (s.model == Model::Polynomial) v = power;
             if (s.model == Model::NoIntercept) v = s.x[i];
             if (s.model == Model::Longley && j > 0) v = s.x[i * 6 + j - 1];
             h[std::size_t(i) * k + j] = v;
+            power *= s.x[i];
         }
+    }
     return h;
 }
 

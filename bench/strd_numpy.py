@@ -40,8 +40,12 @@ def design(s, exact=False):
     rows = []
     for i in range(n):
         if s["model"] == "poly":
-            xi = conv(x[i])
-            rows.append([xi ** j for j in range(s["degree"] + 1)])
+            # repeated products, as bench_lsq and numpy.vander build them
+            xi, row, power = conv(x[i]), [], conv(1)
+            for _ in range(s["degree"] + 1):
+                row.append(power)
+                power = power * xi
+            rows.append(row)
         elif s["model"] == "noint":
             rows.append([conv(x[i])])
         else:  # longley: 6 predictors per row

@@ -23,14 +23,19 @@ std::vector<double> Design(const LinearSet& s, int& k) {
     const int n = static_cast<int>(s.y.size());
     k = static_cast<int>(s.b.size());
     std::vector<double> h(std::size_t(n) * k);
-    for (int i = 0; i < n; ++i)
+    // Powers by repeated products, x^j = x^(j-1) * x, the way a Vandermonde
+    // matrix is usually built (numpy.vander does the same).
+    for (int i = 0; i < n; ++i) {
+        double power = 1;
         for (int j = 0; j < k; ++j) {
             double v = 1;
-            if (s.model == Model::Polynomial) v = std::pow(s.x[i], j);
+            if (s.model == Model::Polynomial) v = power;
             if (s.model == Model::NoIntercept) v = s.x[i];
             if (s.model == Model::Longley && j > 0) v = s.x[i * 6 + j - 1];
             h[std::size_t(i) * k + j] = v;
+            power *= s.x[i];
         }
+    }
     return h;
 }
 
@@ -53,15 +58,14 @@ const LinearSet& Set(const char* name) {
 }
 
 // Digits required per set: PolyFit (polynomial sets only), then GenLSFit
-// codes 0-5 on the set's design matrix (powers by pow, as PolyFit builds
-// them). kNone: the code may refuse the problem (-20041) or return anything.
+// codes 0-5 on the set's design matrix (powers by repeated products). kNone: the code may refuse the problem (-20041) or return anything.
 //
 // The ceiling is not 15 digits: the data are decimal and stored rounded to
 // double, and the exact least-squares solution of the stored data agrees
 // with the certified values to 14.1 (Norris), 13.5 (Pontius), 14.7 (NoInt1),
 // 14.0 (Filip), 14.6 (Longley) and 13.2 (Wampler2) digits, 15 elsewhere.
 // Codes 0-3 reach that solution. On Filip the powers themselves, rounded to
-// double in H, cap what any solver of that H can reach at 7.6 digits;
+// double in H, cap what any solver of that H can reach at 7.9 digits;
 // PolyFit knows its basis and fits the exact powers. Codes 4 and 5 solve the
 // normal equations of the raw design and are held to what that gives.
 struct Required {
@@ -76,7 +80,7 @@ const Required kRequired[] = {
     {"Pontius",     13.0,   {13.0, 13.0, 13.0, 13.0,  10.5,  10.0}},
     {"NoInt1",      kNone,  {14.5, 14.5, 14.5, 14.5,  14.5,  14.5}},
     {"NoInt2",      kNone,  {14.5, 14.5, 14.5, 14.5,  14.5,  14.5}},
-    {"Filip",       13.5,   {7.5,  7.5,  7.5,  kNone, kNone, kNone}},
+    {"Filip",       13.5,   {7.8,  7.8,  7.8,  kNone, kNone, kNone}},
     {"Longley",     kNone,  {14.0, 14.0, 14.0, 14.0,  7.0,   6.0}},
     {"Wampler1",    14.5,   {14.5, 14.5, 14.5, 14.5,  6.0,   3.0}},
     {"Wampler2",    13.0,   {13.0, 13.0, 13.0, 13.0,  9.0,   7.5}},
