@@ -716,19 +716,20 @@ void RunIir(Call& c, Kernel kernel, std::index_sequence<I...>) {
 template <int Scalars, typename Kernel>
 void IirMethod(Call& c, Kernel kernel) { RunIir<Scalars>(c, kernel, std::make_index_sequence<Scalars>{}); }
 
-// Type, Order, SampleFreq, CutoffFreqLow, CutoffFreqHigh, [Ripple |
-// Attenuation], na, nb, out a, out b. Negative counts give empty arrays; the
-// kernel then reports them (-20008).
-template <typename Design>
-void IirCoefMethod(Call& c, bool withParam, Design design) {
+// Type, Order, SampleFreq, CutoffFreqLow, CutoffFreqHigh, then Params
+// doubles (none, Ripple, Attenuation, or Ripple and Attenuation), na, nb,
+// out a, out b. Negative counts give empty arrays; the kernel then reports
+// them (-20008).
+template <int Params, typename Design>
+void IirCoefMethod(Call& c, Design design) {
     ArgScalar type(c.In(0)), order(c.In(1)), fs(c.In(2)), fl(c.In(3)), fh(c.In(4));
     const std::int32_t t = type.Int(), o = order.Int();
     const double s = fs.Double(), lo = fl.Double(), hi = fh.Double();
-    double param = 0;
+    double param[Params + 1] = {};
     int next = 5;
-    if (withParam) {
+    for (int i = 0; i < Params; ++i) {
         ArgScalar p(c.In(next++));
-        param = p.Double();
+        param[i] = p.Double();
     }
     ArgScalar countA(c.In(next)), countB(c.In(next + 1));
     const std::int32_t na = countA.Int(), nb = countB.Int();
@@ -771,13 +772,35 @@ void InvChHPF(Call& c) { IirMethod<3>(c, InvChHighPass); }
 void InvChBPF(Call& c) { IirMethod<4>(c, InvChBandPass); }
 void InvChBSF(Call& c) { IirMethod<4>(c, InvChBandStop); }
 
+void ElpLPF(Call& c) { IirMethod<4>(c, ElpLowPass); }
+void ElpHPF(Call& c) { IirMethod<4>(c, ElpHighPass); }
+void ElpBPF(Call& c) { IirMethod<5>(c, ElpBandPass); }
+void ElpBSF(Call& c) { IirMethod<5>(c, ElpBandStop); }
+
 void BwCoef(Call& c) {
-    IirCoefMethod(c, false,
-                  [](std::int32_t t, std::int32_t o, double fs, double fl, double fh, double, double* a, std::int32_t na,
-                     double* b, std::int32_t nb) { return BwCoefDesign(t, o, fs, fl, fh, a, na, b, nb); });
+    IirCoefMethod<0>(c, [](std::int32_t t, std::int32_t o, double fs, double fl, double fh, const double*, double* a,
+                           std::int32_t na, double* b, std::int32_t nb) {
+        return BwCoefDesign(t, o, fs, fl, fh, a, na, b, nb);
+    });
 }
-void ChCoef(Call& c) { IirCoefMethod(c, true, ChCoefDesign); }
-void InvChCoef(Call& c) { IirCoefMethod(c, true, InvChCoefDesign); }
+void ChCoef(Call& c) {
+    IirCoefMethod<1>(c, [](std::int32_t t, std::int32_t o, double fs, double fl, double fh, const double* p,
+                           double* a, std::int32_t na, double* b, std::int32_t nb) {
+        return ChCoefDesign(t, o, fs, fl, fh, p[0], a, na, b, nb);
+    });
+}
+void InvChCoef(Call& c) {
+    IirCoefMethod<1>(c, [](std::int32_t t, std::int32_t o, double fs, double fl, double fh, const double* p,
+                           double* a, std::int32_t na, double* b, std::int32_t nb) {
+        return InvChCoefDesign(t, o, fs, fl, fh, p[0], a, na, b, nb);
+    });
+}
+void ElpCoef(Call& c) {
+    IirCoefMethod<2>(c, [](std::int32_t t, std::int32_t o, double fs, double fl, double fh, const double* p,
+                           double* a, std::int32_t na, double* b, std::int32_t nb) {
+        return ElpCoefDesign(t, o, fs, fl, fh, p[0], p[1], a, na, b, nb);
+    });
+}
 
 // x, a, b, in/out y1, in/out x1, out y. An empty a (an array of no
 // elements, Empty or omitted) runs b alone as an FIR filter; y1 is then not
@@ -811,15 +834,6 @@ void IIRFiltering(Call& c) {
     if (hasX1) OutputArray(c, 4, x1);
     OutputArray(c, 5, y);
 }
-
-// Not built yet.
-
-// Not built yet.
-VN_NOT_IMPLEMENTED(ElpLPF)
-VN_NOT_IMPLEMENTED(ElpHPF)
-VN_NOT_IMPLEMENTED(ElpBPF)
-VN_NOT_IMPLEMENTED(ElpBSF)
-VN_NOT_IMPLEMENTED(ElpCoef)
 
 }  // namespace dsp_handlers
 

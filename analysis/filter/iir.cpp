@@ -101,9 +101,9 @@ void RunSections(const IirSection* sec, int count, double* y, std::int32_t n) {
 
 // Designs and runs the cascade; the arguments have been validated.
 void FilterCascade(IirFamily family, std::int32_t type, const double* x, std::int32_t n, double fs, double fl,
-                   double fh, double param, std::int32_t order, double* y) {
+                   double fh, double param, double atten, std::int32_t order, double* y) {
     if (x != y) std::copy(x, x + n, y);
-    IirSectionSource source(family, type, order, fs, fl, fh, param);
+    IirSectionSource source(family, type, order, fs, fl, fh, param, atten);
     constexpr int kGroup = 4;
     IirSection sec[kGroup];
     int count = 0;
@@ -123,56 +123,63 @@ void FilterCascade(IirFamily family, std::int32_t type, const double* x, std::in
 
 bool Positive(double v) { return v > 0; }
 
-// The family's third parameter: ripple for Chebyshev, attenuation for the
-// inverse family, nothing for Butterworth.
-AnalysisStatus CheckParam(IirFamily family, double param) {
+// The family's shape parameters: ripple for Chebyshev, attenuation for the
+// inverse family, both for the elliptic one (the attenuation above the
+// ripple), nothing for Butterworth.
+AnalysisStatus CheckParam(IirFamily family, double param, double atten) {
     if (family == IirFamily::kChebyshev && !Positive(param)) return kErrRipple;
     if (family == IirFamily::kInverseChebyshev && !Positive(param)) return kErrAttenuation;
+    if (family == IirFamily::kElliptic) {
+        if (!Positive(param)) return kErrRipple;
+        if (!Positive(atten)) return kErrAttenuation;
+        if (!(atten > param)) return kErrAttenuationBelowRipple;
+    }
     return kOk;
 }
 
-AnalysisStatus CheckSingle(IirFamily family, std::int32_t n, double fs, double fc, double param, std::int32_t order) {
+AnalysisStatus CheckSingle(IirFamily family, std::int32_t n, double fs, double fc, double param, double atten,
+                           std::int32_t order) {
     if (n < 1) return kErrSamplesBelowOne;
     if (order < 1) return kErrOrderNotPositive;
     if (!Positive(fc) || !Positive(fs)) return kErrBandEdges;
-    if (const AnalysisStatus st = CheckParam(family, param)) return st;
+    if (const AnalysisStatus st = CheckParam(family, param, atten)) return st;
     if (fc > fs / 2) return kErrCutoff;
     return kOk;
 }
 
 AnalysisStatus CheckBand(IirFamily family, std::int32_t n, double fs, double fl, double fh, double param,
-                         std::int32_t order) {
+                         double atten, std::int32_t order) {
     if (n < 1) return kErrSamplesBelowOne;
     if (order < 1) return kErrOrderNotPositive;
     if (!Positive(fl) || !Positive(fh) || !Positive(fs) || !(fh > fl)) return kErrBandEdges;
-    if (const AnalysisStatus st = CheckParam(family, param)) return st;
+    if (const AnalysisStatus st = CheckParam(family, param, atten)) return st;
     if (fh > fs / 2) return kErrCutoff;
     return kOk;
 }
 
 AnalysisStatus SingleFilter(IirFamily family, std::int32_t type, const double* x, std::int32_t n, double fs,
-                            double fc, double param, std::int32_t order, double* y) {
-    AnalysisStatus st = CheckSingle(family, n, fs, fc, param, order);
-    if (st == kOk) FilterCascade(family, type, x, n, fs, fc, 0, param, order, y);
+                            double fc, double param, std::int32_t order, double* y, double atten = 0) {
+    AnalysisStatus st = CheckSingle(family, n, fs, fc, param, atten, order);
+    if (st == kOk) FilterCascade(family, type, x, n, fs, fc, 0, param, atten, order, y);
     return st;
 }
 
 AnalysisStatus BandFilter(IirFamily family, std::int32_t type, const double* x, std::int32_t n, double fs, double fl,
-                          double fh, double param, std::int32_t order, double* y) {
-    AnalysisStatus st = CheckBand(family, n, fs, fl, fh, param, order);
-    if (st == kOk) FilterCascade(family, type, x, n, fs, fl, fh, param, order, y);
+                          double fh, double param, std::int32_t order, double* y, double atten = 0) {
+    AnalysisStatus st = CheckBand(family, n, fs, fl, fh, param, atten, order);
+    if (st == kOk) FilterCascade(family, type, x, n, fs, fl, fh, param, atten, order, y);
     return st;
 }
 
 // --- Coefficient design ----------------------------------------------------------
 
 AnalysisStatus CoefDesign(IirFamily family, std::int32_t type, std::int32_t order, double fs, double fl, double fh,
-                          double param, double* a, std::int32_t na, double* b, std::int32_t nb) {
+                          double param, double* a, std::int32_t na, double* b, std::int32_t nb, double atten = 0) {
     if (order < 1) return kErrOrderNotPositive;
     const bool single = type == kLowpass || type == kHighpass;
     if (single) fh = (fs / 2 + fl) / 2;
     if (!Positive(fl) || !Positive(fh) || !Positive(fs)) return kErrBandEdges;
-    if (const AnalysisStatus st = CheckParam(family, param)) return st;
+    if (const AnalysisStatus st = CheckParam(family, param, atten)) return st;
     if (!(fl < fh)) return kErrBandEdges;
     if (fh > fs / 2) return kErrCutoff;
     const bool band = type == kBandpass || type == kBandstop;
@@ -185,7 +192,7 @@ AnalysisStatus CoefDesign(IirFamily family, std::int32_t type, std::int32_t orde
         std::vector<double> sa(static_cast<std::size_t>(m)), sb(static_cast<std::size_t>(m));
         a[0] = 1, b[0] = 1;
         std::int32_t len = 1;
-        IirSectionSource source(family, type, order, fs, fl, fh, param);
+        IirSectionSource source(family, type, order, fs, fl, fh, param, atten);
         IirSection s;
         while (source.Next(s)) {
             double sb_sec[5];
@@ -325,6 +332,23 @@ AnalysisStatus InvChBandStop(const double* x, std::int32_t n, double fs, double 
     return BandFilter(IirFamily::kInverseChebyshev, kBandstop, x, n, fs, fl, fh, atten, order, y);
 }
 
+AnalysisStatus ElpLowPass(const double* x, std::int32_t n, double fs, double fc, double ripple, double atten,
+                          std::int32_t order, double* y) {
+    return SingleFilter(IirFamily::kElliptic, kLowpass, x, n, fs, fc, ripple, order, y, atten);
+}
+AnalysisStatus ElpHighPass(const double* x, std::int32_t n, double fs, double fc, double ripple, double atten,
+                           std::int32_t order, double* y) {
+    return SingleFilter(IirFamily::kElliptic, kHighpass, x, n, fs, fc, ripple, order, y, atten);
+}
+AnalysisStatus ElpBandPass(const double* x, std::int32_t n, double fs, double fl, double fh, double ripple,
+                           double atten, std::int32_t order, double* y) {
+    return BandFilter(IirFamily::kElliptic, kBandpass, x, n, fs, fl, fh, ripple, order, y, atten);
+}
+AnalysisStatus ElpBandStop(const double* x, std::int32_t n, double fs, double fl, double fh, double ripple,
+                           double atten, std::int32_t order, double* y) {
+    return BandFilter(IirFamily::kElliptic, kBandstop, x, n, fs, fl, fh, ripple, order, y, atten);
+}
+
 // --- Coefficient kernels ---------------------------------------------------------------
 
 AnalysisStatus BwCoefDesign(std::int32_t type, std::int32_t order, double fs, double fl, double fh, double* a,
@@ -338,6 +362,10 @@ AnalysisStatus ChCoefDesign(std::int32_t type, std::int32_t order, double fs, do
 AnalysisStatus InvChCoefDesign(std::int32_t type, std::int32_t order, double fs, double fl, double fh, double atten,
                                double* a, std::int32_t na, double* b, std::int32_t nb) {
     return CoefDesign(IirFamily::kInverseChebyshev, type, order, fs, fl, fh, atten, a, na, b, nb);
+}
+AnalysisStatus ElpCoefDesign(std::int32_t type, std::int32_t order, double fs, double fl, double fh, double ripple,
+                             double atten, double* a, std::int32_t na, double* b, std::int32_t nb) {
+    return CoefDesign(IirFamily::kElliptic, type, order, fs, fl, fh, ripple, a, na, b, nb, atten);
 }
 
 // --- Direct-form runner ----------------------------------------------------------------

@@ -29,6 +29,7 @@
 #include "analysis/filter/iir_design.h"
 
 #include <cmath>
+#include <utility>
 
 namespace vn {
 
@@ -134,6 +135,122 @@ void BandPassNumerator(IirSection& s, double q, double d) {
     s.num[0] = q / d, s.num[1] = 0, s.num[2] = -2 * q / d, s.num[3] = 0, s.num[4] = q / d;
 }
 
+// --- Elliptic prototype ----------------------------------------------------------
+//
+// Normalised lowpass with passband edge 1, where the gain is 1/sqrt(1 + ep^2)
+// (ep^2 = 10^(R/10) - 1), and stopband edge 1/k, from where on the gain stays
+// at or below 1/sqrt(1 + es^2) (es^2 = 10^(A/10) - 1). The discrimination
+// modulus k1 = ep/es and the order N fix the selectivity modulus k by the
+// degree equation K'(k)/K(k) = K'(k1)/(N K(k1)): the nome of k is the N-th
+// root of the nome of k1. With u_i = (2i - 1)/N, i = 1 .. floor(N/2):
+//     zeros  +-j/(k cd(u_i K, k)),
+//     poles  j cd((u_i - j v0) K, k),   v0 = F(atan(1/ep), k1')/(N K(k1)),
+// and for an odd order the real pole j sn(j v0 K, k) = -sc(v0 K, k').
+//
+// Everything is computed in double (the bits must not depend on the x87
+// precision a 32-bit host sets): the AGM for complete integrals, Carlson's
+// R_F for the incomplete one, theta series of the nome for k, and the
+// descending Landen sequence for sn, cn, dn. Every loop has a fixed bound.
+// The decibel values enter through their logarithms, so that neither a tiny
+// ripple nor a huge attenuation overflows or cancels.
+
+constexpr double kLn10 = 2.302585092994045684;
+
+// ln(10^(a/10) - 1) for a > 0.
+double LogPowerMinusOne(double a) {
+    const double x = a * (kLn10 / 10);
+    return x < 1 ? std::log(std::expm1(x)) : x + std::log1p(-std::exp(-x));
+}
+
+// AGM(a, b) for a >= b >= 0; quadratic convergence, at most 64 steps.
+double Agm(double a, double b) {
+    for (int i = 0; i < 64 && a - b > 4e-16 * a; ++i) {
+        const double m = (a + b) / 2;
+        b = std::sqrt(a * b);
+        a = m;
+    }
+    return (a + b) / 2;
+}
+
+// Carlson's R_F(x, y, z) by duplication (x, y, z >= 0, at most one zero).
+double CarlsonRF(double x, double y, double z) {
+    for (int i = 0; i < 100; ++i) {
+        const double mu = (x + y + z) / 3;
+        const double dx = (mu - x) / mu, dy = (mu - y) / mu, dz = (mu - z) / mu;
+        if (std::fmax(std::fabs(dx), std::fmax(std::fabs(dy), std::fabs(dz))) < 1e-3) {
+            const double e2 = dx * dy - dz * dz, e3 = dx * dy * dz;
+            return (1 + (e2 / 24 - 0.1 - 3 * e3 / 44) * e2 + e3 / 14) / std::sqrt(mu);
+        }
+        const double sx = std::sqrt(x), sy = std::sqrt(y), sz = std::sqrt(z);
+        const double l = sx * (sy + sz) + sy * sz;
+        x = (x + l) / 4, y = (y + l) / 4, z = (z + l) / 4;
+    }
+    return 1 / std::sqrt((x + y + z) / 3);
+}
+
+// Modulus and complementary modulus of the nome exp(lnq), lnq <= 0, from
+// k = theta2^2/theta3^2 and k' = theta4^2/theta3^2. For a nome above
+// e^-pi the conjugate nome exp(pi^2/lnq) is used and the two are swapped, so
+// that the series always run at q <= e^-pi, where five terms are exact.
+void ModulusFromNome(double lnq, double& k, double& kc) {
+    const bool swap = lnq > -kPi;
+    if (swap) lnq = kPi * kPi / lnq;
+    double s2 = 1, s3 = 0, s4 = 0;
+    for (int m = 1; m <= 6; ++m) {
+        s2 += std::exp(lnq * (m * (m + 1)));
+        const double e = std::exp(lnq * (m * m));
+        s3 += e;
+        s4 += (m & 1) ? -e : e;
+    }
+    const double t2 = 2 * std::exp(lnq / 4) * s2, t3 = 1 + 2 * s3, t4 = 1 + 2 * s4;
+    k = (t2 / t3) * (t2 / t3);
+    kc = (t4 / t3) * (t4 / t3);
+    if (swap) std::swap(k, kc);
+}
+
+// sn, cn, dn of u to the modulus k (complement kc) by the descending Landen
+// sequence (AGM of 1 and kc, then back through the amplitudes).
+void Jacobi(double u, double k, double kc, double& sn, double& cn, double& dn) {
+    constexpr int kMax = 40;
+    double a[kMax + 1], c[kMax + 1];
+    a[0] = 1, c[0] = k;
+    double b = kc;
+    int n = 0;
+    while (n < kMax && std::fabs(c[n]) > 1e-16 * a[n]) {
+        a[n + 1] = (a[n] + b) / 2;
+        c[n + 1] = (a[n] - b) / 2;
+        b = std::sqrt(a[n] * b);
+        ++n;
+    }
+    double phi = std::ldexp(a[n] * u, n), prev = phi;
+    for (int i = n; i > 0; --i) {
+        prev = phi;
+        phi = (phi + std::asin(c[i] / a[i] * std::sin(phi))) / 2;
+    }
+    sn = std::sin(phi);
+    cn = std::cos(phi);
+    dn = n == 0 ? 1.0 : cn / std::cos(prev - phi);
+}
+
+// sn, cn, dn of f*K (0 <= f <= 1, K = K(k)) with cn and dn accurate in
+// relative terms also near K, where they fall towards 0 and kc: beyond K/2
+// they come from v = (1 - f)K by sn(K - v) = cd(v), cn(K - v) = kc sd(v)
+// and dn(K - v) = kc nd(v).
+void JacobiOfFraction(double f, double bigK, double k, double kc, double& sn, double& cn, double& dn) {
+    if (f <= 0.5) {
+        Jacobi(f * bigK, k, kc, sn, cn, dn);
+        return;
+    }
+    double s, c, d;
+    Jacobi((1 - f) * bigK, k, kc, s, c, d);
+    sn = c / d, cn = kc * (s / d), dn = kc / d;
+}
+
+// A zero beyond this squared frequency (about 10^75 times the passband
+// edge) is taken at infinity: its factor (s^2 + W)/W differs from 1 by less
+// than 10^-118 anywhere a double frequency can reach after prewarping.
+constexpr double kZeroAtInfinity = 1e150;
+
 }  // namespace
 
 void PolyCopy(const double* source, std::int32_t count, double* destination) {
@@ -153,7 +270,7 @@ void PolyMul(const double* p, std::int32_t np, const double* q, std::int32_t nq,
 }
 
 IirSectionSource::IirSectionSource(IirFamily family, std::int32_t type, std::int32_t order, double fs, double fl,
-                                   double fh, double param)
+                                   double fh, double param, double atten)
     : family_(family), type_(type), order_(order), band_(type == kBandpass || type == kBandstop) {
     if (band_) {
         const double tl = std::tan(kPi * fl / fs), th = std::tan(kPi * fh / fs);
@@ -174,6 +291,32 @@ IirSectionSource::IirSectionSource(IirFamily family, std::int32_t type, std::int
         const double e = 1 / std::sqrt(p - 1);
         const double w = std::pow((1 + std::sqrt(1 + e * e)) / e, 1 / n);
         sh_ = (w - 1 / w) / 2, ch_ = (w + 1 / w) / 2;
+    } else if (family == IirFamily::kElliptic) {
+        const double lnEp2 = LogPowerMinusOne(param), lnEs2 = LogPowerMinusOne(atten);
+        const double lnK1 = (lnEp2 - lnEs2) / 2;  // ln(ep/es) < 0
+        const double k1 = std::exp(lnK1), k1c = std::sqrt(-std::expm1(2 * lnK1));
+        const double bigK1 = kPi / (2 * Agm(1, k1c));
+        // K'(k1) = K(k1'); below 1e-8 its series ln(4/k1) + O(k1^2 ln k1) is
+        // exact in double.
+        const double bigK1p = k1 > 1e-8 ? kPi / (2 * Agm(1, k1)) : std::log(4.0) - lnK1;
+        ModulusFromNome(-kPi * bigK1p / (bigK1 * n), k_ell_, kc_ell_);
+        // Moduli below 1e-300 only serve as AGM partners: there they stand
+        // for 0 (all zeros at infinity) or 1 (a transition band narrower than
+        // 1e-300 of the edge), which the clamp keeps finite.
+        const double kk = std::fmax(k_ell_, 1e-300), kkc = std::fmax(kc_ell_, 1e-300);
+        K_ell_ = kPi / (2 * Agm(1, kkc));
+        const double bigKp = kPi / (2 * Agm(1, kk));  // K'(k)
+        // v0 N K(k1) = F(phi, k1') with tan(phi) = 1/ep, written as
+        // sin(phi) R_F(cos^2 phi, 1 - k1'^2 sin^2 phi, 1).
+        const double log1pEp2 = lnEp2 > 30 ? lnEp2 + std::log1p(std::exp(-lnEp2)) : std::log1p(std::exp(lnEp2));
+        const double sinPhi = std::exp(-log1pEp2 / 2);
+        const double cos2 = 1 / (1 + std::exp(-lnEp2));
+        const double delta2 = cos2 + std::exp(2 * lnK1 - log1pEp2);
+        const double v0 = sinPhi * CarlsonRF(cos2, delta2, 1) / (n * bigK1);
+        JacobiOfFraction(std::fmin(v0 * K_ell_ / bigKp, 1.0), bigKp, kkc, kk, sy_, cy_, dy_);
+        k_ell_ = kk, kc_ell_ = kkc;
+        evenGain_ = sinPhi;  // 1/sqrt(1 + ep^2) = 10^(-R/20)
+        sh_ = sy_ / cy_;     // the real pole's magnitude sc(v0 K, k')
     }
     step_ = kPi / n;
     theta0_ = theta_ = (kPi + kPi / n) / 2;
@@ -214,6 +357,19 @@ void IirSectionSource::RealSection(IirSection& s) const {
         case kBandpass: BandRealPass(s, b_, p_); return;
         default: BandRealStop(s, b_, p_); return;
         }
+    case IirFamily::kElliptic:
+        // Real pole -sigma, sigma = sh_: the Chebyshev sections with sh_ for
+        // sinh (order 1 included).
+        switch (type_) {
+        case kLowpass: {
+            const double a = sh * t;
+            SetFirst(s, a / (1 + a), 1, -((1 - a) / (1 + a)));
+            return;
+        }
+        case kHighpass: SetFirst(s, sh / (t + sh), -1, -((sh - t) / (t + sh))); return;
+        case kBandpass: BandRealPass(s, sh * b_, p_); return;
+        default: BandRealStop(s, b_ / sh, p_); return;
+        }
     case IirFamily::kChebyshev:
         switch (type_) {
         case kLowpass: {
@@ -248,6 +404,10 @@ void IirSectionSource::RealSection(IirSection& s) const {
 }
 
 void IirSectionSource::PairSection(IirSection& s) {
+    if (family_ == IirFamily::kElliptic) {
+        EllipticPair(s);
+        return;
+    }
     const double t = t_, b = b_, p = p_, sh = sh_, ch = ch_;
     const double c = std::cos(theta_);
     switch (family_) {
@@ -350,6 +510,81 @@ void IirSectionSource::PairSection(IirSection& s) {
             return;
         }
         }
+    }
+    default: return;  // kElliptic: EllipticPair
+    }
+}
+
+// Pole pair i = k_ + 1 of the elliptic prototype: the pole (re, M = |p|^2)
+// and the zero pair +-j sqrt(W). Every section has unit gain where the
+// prototype is at s_n = 0 (DC for lowpass and bandstop, fs/2 for highpass,
+// the band centre for bandpass); an even order carries 10^(-R/20) in its
+// first pair, so that every passband lies within [-R, 0] dB.
+//
+// With x' = K - u_i K, cd(u_i K - j y) = sn(x' + j y), and by the addition
+// theorem (sn1, cn1, dn1 of y to the complementary modulus)
+//     p = j sn(x' + j y) = (-cn dn sn1 cn1 + j sn dn1)/(cn1^2 + k^2 sn^2 sn1^2),
+// whose real part is negative term by term; the zero is 1/(k sn(x')).
+void IirSectionSource::EllipticPair(IirSection& s) const {
+    const double k = k_ell_;
+    double sn, cn, dn;
+    JacobiOfFraction(static_cast<double>(order_ - 2 * k_ - 1) / order_, K_ell_, k, kc_ell_, sn, cn, dn);
+    const double den = cy_ * cy_ + k * k * (sn * sn) * (sy_ * sy_);
+    const double re = -(cn * dn * sy_ * cy_) / den, im = sn * dy_ / den;
+    const double mm = re * re + im * im;
+    const double ks = k * sn;
+    const double w = 1 / (ks * ks);  // zero at +-j/(k sn(x'))
+    const bool finite = w < kZeroAtInfinity;
+    const double gain = (order_ % 2 == 0 && k_ == 0) ? evenGain_ : 1.0;
+    const double t = t_, b = b_, p = p_;
+    switch (type_) {
+    case kLowpass: {
+        const double p1 = -2 * t * re, p2 = t * t * mm, d = p2 + p1 + 1;
+        if (!finite) {
+            SetPair(s, p2 / d * gain, 1, 2, 1, -((2 - 2 * p2) / d), (p2 - p1 + 1) / d);
+            return;
+        }
+        // (s^2 + Z)/(s^2 + p1 s + p2) * p2/Z.
+        const double z = t * t * w;
+        SetPair(s, p2 / z * gain, (z + 1) / d, 2 * ((z - 1) / d), (z + 1) / d, -(2 * (1 - p2) / d),
+                (p2 - p1 + 1) / d);
+        s.form = IirForm::kZeroPair;
+        return;
+    }
+    case kHighpass: {
+        // s_n = T/s: (W/M) (s^2 + T^2/W)/(s^2 - 2 T re/M s + T^2/M), unit at fs/2.
+        const double p1 = -2 * t * re / mm, p2 = t * t / mm, d = p2 + p1 + 1;
+        if (!finite) {
+            SetPair(s, 1 / d * gain, 1, -2, 1, -((2 - 2 * p2) / d), (p2 - p1 + 1) / d);
+            return;
+        }
+        const double z = t * t / w;
+        SetPair(s, gain, (z + 1) / d, 2 * ((z - 1) / d), (z + 1) / d, -(2 * (1 - p2) / d), (p2 - p1 + 1) / d);
+        s.form = IirForm::kZeroPair;
+        return;
+    }
+    case kBandpass: {
+        const double e = -2 * b * re;
+        const double d = QuarticDenominator(s, e, 2 * p + b * b * mm, p);
+        if (!finite) {
+            BandPassNumerator(s, b * b * mm * gain, d);
+            return;
+        }
+        ZeroPairNumerator(s, mm / w * gain, 2 * p + b * b * w, p, d);
+        return;
+    }
+    default: {
+        // The band form of the reciprocal pole 1/p, zeros at s_n^2 = -1/W.
+        const double e = -2 * b * re / mm;
+        const double d = QuarticDenominator(s, e, 2 * p + b * b / mm, p);
+        if (!finite) {
+            NotchNumerator(s, p, d);
+            if (gain != 1.0)
+                for (int j = 0; j < 5; ++j) s.num[j] *= gain;
+            return;
+        }
+        ZeroPairNumerator(s, gain, 2 * p + b * b / w, p, d);
+        return;
     }
     }
 }

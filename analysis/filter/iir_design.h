@@ -1,6 +1,6 @@
-// Polynomial helpers and the section-by-section design of the classic IIR
-// families (Butterworth, Chebyshev, inverse Chebyshev), shared by the
-// filtering kernels, the coefficient designs and the FIR and elliptic work.
+// Polynomial helpers and the section-by-section design of the IIR families
+// (Butterworth, Chebyshev, inverse Chebyshev, elliptic), shared by the
+// filtering kernels, the coefficient designs and the FIR work.
 //
 // A design is a cascade of sections produced one at a time, in the order in
 // which they are run: for an odd order first the real-pole section (a
@@ -19,7 +19,8 @@
 //             up to its last addition);
 //   kZeroPair y = (-a[1])*y[n-1] - a[2]*y[n-2]
 //                 + g*(num[0]*(x[n] + x[n-2]) + num[1]*x[n-1])
-//             (inverse Chebyshev lowpass and highpass pole pairs, whose
+//             (inverse Chebyshev and elliptic lowpass and highpass pole
+//             pairs with finite zeros, whose
 //             numerator is symmetric and num[1] = 2*((Z - 1)/D));
 //   kDirect   y = (b[0]*x[n] + b[1]*x[n-1] + ...) - (a[1]*y[n-1] + ...)
 //             (band sections, whose b are rounded coefficients of their
@@ -42,7 +43,7 @@ void PolyCopy(const double* source, std::int32_t count, double* destination);
 // np + nq - 1 < 1. result must not overlap p or q.
 void PolyMul(const double* p, std::int32_t np, const double* q, std::int32_t nq, double* result);
 
-enum class IirFamily { kButterworth, kChebyshev, kInverseChebyshev };
+enum class IirFamily { kButterworth, kChebyshev, kInverseChebyshev, kElliptic };
 
 // Filter type codes of the coefficient methods.
 enum IirType : std::int32_t { kLowpass = 0, kHighpass = 1, kBandpass = 2, kBandstop = 3 };
@@ -59,14 +60,15 @@ struct IirSection {
 
 // Produces the sections of one design in running order. The arguments must
 // already have been validated (order >= 1, 0 < fl < fh <= fs/2 for band
-// types, 0 < fc <= fs/2 otherwise, ripple or attenuation > 0); `param` is
-// the ripple (Chebyshev) or the stopband attenuation (inverse Chebyshev) in
-// dB and is ignored for Butterworth. For lowpass and highpass fl is the
-// cutoff and fh is ignored.
+// types, 0 < fc <= fs/2 otherwise, ripple or attenuation > 0, and for the
+// elliptic family attenuation > ripple); `param` is the ripple (Chebyshev,
+// elliptic) or the stopband attenuation (inverse Chebyshev) in dB and is
+// ignored for Butterworth; `atten` is the elliptic stopband attenuation in
+// dB. For lowpass and highpass fl is the cutoff and fh is ignored.
 class IirSectionSource {
 public:
     IirSectionSource(IirFamily family, std::int32_t type, std::int32_t order, double fs, double fl, double fh,
-                     double param);
+                     double param, double atten = 0);
 
     // Number of sections: order/2 + (order odd).
     std::int64_t Count() const { return order_ / 2 + (order_ & 1); }
@@ -80,6 +82,7 @@ public:
 private:
     void RealSection(IirSection& s) const;
     void PairSection(IirSection& s);
+    void EllipticPair(IirSection& s) const;
 
     IirFamily family_;
     std::int32_t type_;
@@ -93,6 +96,10 @@ private:
     std::int64_t k_ = 0;      // pole pairs produced so far
     std::int32_t m_ = 0;      // inverse Chebyshev zero index (odd N: 2, 4, ...; even: 1, 3, ...)
     bool realDone_ = false;
+    // Elliptic prototype (iir_design.cpp): selectivity modulus and its
+    // complement, K(k), sn/cn/dn of v0*K(k) to the complementary modulus,
+    // and the gain 10^(-R/20) that an even order carries in its first pair.
+    double k_ell_ = 0, kc_ell_ = 1, K_ell_ = 0, sy_ = 0, cy_ = 1, dy_ = 1, evenGain_ = 1;
 };
 
 }  // namespace vn

@@ -297,6 +297,7 @@ TEST_F(DspMethods, IirFiltersAgreeWithTheirCoefficients) {
         const wchar_t* coef;
         int type, order;
         double param, edgeDb;
+        double param2 = 0;  // the elliptic attenuation
     };
     const double half = -10 * std::log10(2.0);
     const Row rows[] = {
@@ -308,6 +309,8 @@ TEST_F(DspMethods, IirFiltersAgreeWithTheirCoefficients) {
         {L"ChBPF", L"ChCoef", 2, 3, ripple, -ripple},  {L"ChBSF", L"ChCoef", 3, 2, ripple, 0},
         {L"InvChLPF", L"InvChCoef", 0, 5, atten, -atten}, {L"InvChHPF", L"InvChCoef", 1, 4, atten, -atten},
         {L"InvChBPF", L"InvChCoef", 2, 3, atten, -atten}, {L"InvChBSF", L"InvChCoef", 3, 2, atten, -atten},
+        {L"ElpLPF", L"ElpCoef", 0, 4, ripple, -ripple, atten}, {L"ElpHPF", L"ElpCoef", 1, 3, ripple, -ripple, atten},
+        {L"ElpBPF", L"ElpCoef", 2, 3, ripple, -ripple, atten}, {L"ElpBSF", L"ElpCoef", 3, 2, ripple, -ripple, atten},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(Narrow(r.method));
@@ -316,12 +319,14 @@ TEST_F(DspMethods, IirFiltersAgreeWithTheirCoefficients) {
         if (band) args.push_back(fl), args.push_back(fh);
         else args.push_back(fc);
         if (r.param != 0) args.push_back(r.param);
+        if (r.param2 != 0) args.push_back(r.param2);
         args.push_back(r.order);
         const Vec y = Gen(r.method, args);
 
         const int m = band ? 2 * r.order + 1 : r.order + 1;
         std::vector<Var> cargs{r.type, r.order, fs, band ? fl : fc, band ? fh : 0.0};
         if (r.param != 0) cargs.push_back(r.param);
+        if (r.param2 != 0) cargs.push_back(r.param2);
         cargs.push_back(m + 2), cargs.push_back(m), cargs.push_back(Var()), cargs.push_back(Var());
         const auto coef = Ok(r.coef, cargs, cargs.size() - 2);
         Vec a = Doubles(coef[coef.size() - 3]), b = Doubles(coef[coef.size() - 2]);
@@ -387,6 +392,10 @@ TEST_F(DspMethods, IirFailures) {
         {"type", L"InvChCoef", {4, 2, 1000.0, 100.0, 200.0, 30.0, 9, 9, o, o}, 2, E(20061), msg::kSelection},
         {"attenuation", L"InvChCoef", {0, 2, 1000.0, 100.0, 0.0, 0.0, 9, 9, o, o}, 2, E(20025),
          L"The attenuation must be > 0."},
+        {"attenuation not above ripple", L"ElpLPF", {x, 1000.0, 100.0, 3.0, 2.0, 2}, 0, E(20028),
+         L"The attenuation value must be greater than the ripple amplitude."},
+        {"elliptic ripple", L"ElpCoef", {3, 2, 1000.0, 100.0, 200.0, 0.0, 40.0, 9, 9, o, o}, 2, E(20024),
+         L"The ripple amplitude must be > 0."},
         {"y1 short", L"IIRFiltering", {x, DoubleArray({1, 0.5, 0.2}), DoubleArray({1}), DoubleArray({0}), e, o}, 3,
          E(20008), msg::kShape},
         {"x1 short", L"IIRFiltering", {x, DoubleArray({1}), DoubleArray({1, 1}), e, e, o}, 3, E(20008), msg::kShape},

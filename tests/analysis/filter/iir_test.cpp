@@ -26,8 +26,8 @@ using Vec = std::vector<double>;
 using Cx = std::complex<double>;
 constexpr double kPi = 3.14159265358979323846;
 
-enum Fam { kBw, kCh, kInvCh };
-const char* const kFamName[] = {"Bw", "Ch", "InvCh"};
+enum Fam { kBw, kCh, kInvCh, kElp };
+const char* const kFamName[] = {"Bw", "Ch", "InvCh", "Elp"};
 const char* const kTypeName[] = {"LP", "HP", "BP", "BS"};
 
 constexpr double kFs = 1000, kFc = 120, kFl = 100, kFh = 260, kRipple = 1.0, kAtten = 40.0;
@@ -78,6 +78,9 @@ AnalysisStatus Design(Fam fam, int type, int order, double fl, double fh, Vec& a
     switch (fam) {
     case kBw: return BwCoefDesign(type, order, kFs, fl, fh, a.data(), int(a.size()), b.data(), int(b.size()));
     case kCh: return ChCoefDesign(type, order, kFs, fl, fh, kRipple, a.data(), int(a.size()), b.data(), int(b.size()));
+    case kElp:
+        return ElpCoefDesign(type, order, kFs, fl, fh, kRipple, kAtten, a.data(), int(a.size()), b.data(),
+                             int(b.size()));
     default:
         return InvChCoefDesign(type, order, kFs, fl, fh, kAtten, a.data(), int(a.size()), b.data(), int(b.size()));
     }
@@ -95,6 +98,14 @@ AnalysisStatus Filter(Fam fam, int type, const Vec& x, int order, Vec& y) {
         case 1: return BwHighPass(x.data(), n, kFs, kFc, order, y.data());
         case 2: return BwBandPass(x.data(), n, kFs, kFl, kFh, order, y.data());
         default: return BwBandStop(x.data(), n, kFs, kFl, kFh, order, y.data());
+        }
+    }
+    if (fam == kElp) {
+        switch (type) {
+        case 0: return ElpLowPass(x.data(), n, kFs, kFc, kRipple, kAtten, order, y.data());
+        case 1: return ElpHighPass(x.data(), n, kFs, kFc, kRipple, kAtten, order, y.data());
+        case 2: return ElpBandPass(x.data(), n, kFs, kFl, kFh, kRipple, kAtten, order, y.data());
+        default: return ElpBandStop(x.data(), n, kFs, kFl, kFh, kRipple, kAtten, order, y.data());
         }
     }
     const Single single[2][2] = {{ChLowPass, ChHighPass}, {InvChLowPass, InvChHighPass}};
@@ -126,9 +137,9 @@ struct Case {
     }
 };
 
-std::vector<Case> AllCases() {
+std::vector<Case> AllCases(std::initializer_list<Fam> fams = {kBw, kCh, kInvCh}) {
     std::vector<Case> cases;
-    for (Fam fam : {kBw, kCh, kInvCh})
+    for (Fam fam : fams)
         for (int type = 0; type < 4; ++type)
             for (int order = 1; order <= (type < 2 ? 8 : 5); ++order) cases.push_back({fam, type, order});
     return cases;
@@ -181,6 +192,176 @@ TEST(IirDesign, EdgeGainsInDecibels) {
             << kFamName[r.fam] << kTypeName[r.type] << " order " << r.order << " f=" << r.f;
 }
 
+// ---------------------------------------------------------------------------
+// Elliptic designs as a filter designer checks them. The selectivity modulus
+// k comes from the degree equation K'(k)/K(k) = K'(k1)/(N K(k1)), k1 = ep/es,
+// solved here by bisection with K from tanh-sinh quadrature (not the AGM
+// and nome series of the design). Mapped to the prototype frequency W
+// (passband |W| <= 1, stopband |W| >= 1/k), the response must hold the gain
+// at 0 and -R dB alternately N times in the passband, be exactly -R dB at
+// the passband edge and -A dB at the stopband edge, and stay below -A dB
+// beyond it.
+
+// K(k) = integral over 0..1 of dt/sqrt((1 - t^2)(1 - k^2 t^2)), by tanh-sinh
+// quadrature (t = tanh(pi/2 sinh x)), whose nodes crowd the endpoint
+// singularity. The complement kc enters 1 - k t = (1 - t) + t kc^2/(1 + k),
+// so that a modulus within 1e-11 of 1 keeps its digits.
+double EllipticK(double k, double kc) {
+    const double h = 1.0 / 64;
+    double sum = 0;
+    for (int i = 0; i <= 64 * 6; ++i) {
+        const double x = i * h, u = kPi / 2 * std::sinh(x), c = std::cosh(u);
+        const double t = std::tanh(u), omt = 2 / (std::exp(2 * u) + 1);  // 1 - t without cancellation
+        if (omt <= 0) break;
+        const double w = (i == 0 ? 0.5 : 1.0) * kPi / 2 * std::cosh(x) / (c * c);
+        sum += w / std::sqrt(omt * (1 + t) * (omt + t * kc * kc / (1 + k)) * (1 + k * t));
+    }
+    return sum * h;
+}
+
+double SelectivityModulus(int order, double ripple, double atten) {
+    const double k1 = std::sqrt((std::pow(10.0, ripple / 10) - 1) / (std::pow(10.0, atten / 10) - 1));
+    const double k1c = std::sqrt(1 - k1 * k1);
+    const double target = EllipticK(k1c, k1) / (order * EllipticK(k1, k1c));
+    double lo = 0, hi = 1;  // K'(k)/K(k) falls as k rises
+    for (int i = 0; i < 60; ++i) {
+        const double k = (lo + hi) / 2, kc = std::sqrt(1 - k * k);
+        (EllipticK(kc, k) / EllipticK(k, kc) > target ? lo : hi) = k;
+    }
+    return (lo + hi) / 2;
+}
+
+// Prototype frequency |W| of f for the type (kFc, kFl, kFh as everywhere).
+double PrototypeFrequency(int type, double f) {
+    const double w = std::tan(kPi * f / kFs);
+    const double t = std::tan(kPi * kFc / kFs);
+    const double tl = std::tan(kPi * kFl / kFs), th = std::tan(kPi * kFh / kFs), B = th - tl, P = th * tl;
+    switch (type) {
+    case 0: return w / t;
+    case 1: return t / w;
+    case 2: return std::fabs((w * w - P) / (B * w));
+    default: return std::fabs(B * w / (P - w * w));
+    }
+}
+
+// A frequency (above the band centre for the band types) where |W| = target.
+double FrequencyOf(int type, double target) {
+    const double t = std::tan(kPi * kFc / kFs);
+    const double tl = std::tan(kPi * kFl / kFs), th = std::tan(kPi * kFh / kFs), B = th - tl, P = th * tl;
+    double w;
+    switch (type) {
+    case 0: w = t * target; break;
+    case 1: w = t / target; break;
+    case 2: w = (B * target + std::sqrt(B * B * target * target + 4 * P)) / 2; break;
+    default: w = (B / target + std::sqrt(B * B / (target * target) + 4 * P)) / 2; break;
+    }
+    return std::atan(w) * kFs / kPi;
+}
+
+TEST(IirElliptic, PassbandStopbandAndTheNarrowestTransition) {
+    struct Spec {
+        double ripple, atten;
+    } specs[] = {{1.0, 40.0}, {0.1, 60.0}, {3.0, 20.0}, {0.01, 80.0}};
+    for (const Spec& sp : specs)
+        for (int type = 0; type < 4; ++type)
+            for (int order = 1; order <= (type < 2 ? 8 : 5); ++order) {
+                SCOPED_TRACE(std::string(kTypeName[type]) + " order " + std::to_string(order) + " R " +
+                             std::to_string(sp.ripple) + " A " + std::to_string(sp.atten));
+                const int m = type < 2 ? order + 1 : 2 * order + 1;
+                Vec a(m), b(m);
+                ASSERT_EQ(ElpCoefDesign(type, order, kFs, type < 2 ? kFc : kFl, kFh, sp.ripple, sp.atten, a.data(), m,
+                                        b.data(), m),
+                          kOk);
+                EXPECT_EQ(a[0], 1.0);
+                EXPECT_TRUE(Stable(a));
+                auto db = [&](double f) { return 20 * std::log10(Magnitude(a, b, f)); };
+                const double k = SelectivityModulus(order, sp.ripple, sp.atten);
+                // (The direct form of a degree-16 polynomial with poles near
+                // the unit circle evaluates to about 1e-5 dB.)
+                EXPECT_NEAR(db(FrequencyOf(type, 1)), -sp.ripple, 1e-4);
+                EXPECT_NEAR(db(FrequencyOf(type, 1 / k)), -sp.atten, 1e-4);
+                // The passband along the prototype axis W = sin(theta) (so
+                // that the ripples crowding towards the edge are resolved):
+                // bounds and crossings of the mid level. The stopband on a
+                // dense grid of frequencies.
+                int crossings = 0, side = 0;
+                double top = -1e9, bottom = 1e9, stop = -1e9;
+                const int grid = 20000;
+                for (int i = 0; i <= grid; ++i) {
+                    const double g = db(FrequencyOf(type, std::sin(kPi / 2 * i / grid)));
+                    top = std::max(top, g), bottom = std::min(bottom, g);
+                    const int s = g > -sp.ripple / 2 ? 1 : -1;
+                    if (side != 0 && s != side) ++crossings;
+                    side = s;
+                }
+                for (int i = 1; i < grid; ++i) {
+                    const double f = i * (kFs / 2) / grid;
+                    if (PrototypeFrequency(type, f) >= 1 / k) stop = std::max(stop, db(f));
+                }
+                EXPECT_LE(top, 1e-4);
+                EXPECT_NEAR(top, 0, 1e-3);
+                EXPECT_GE(bottom, -sp.ripple - 1e-4);
+                EXPECT_EQ(crossings, order);
+                EXPECT_LE(stop, -sp.atten + 1e-4);
+            }
+}
+
+// Specifications at the ends of what a double can express still give a
+// finite, stable cascade: a ripple of 1e-9 dB, attenuations far beyond
+// any converter (all zeros then lie beyond 1e75 times the edge and are taken
+// at infinity), an attenuation a hair above the ripple, and orders whose
+// transition band is narrower than a double can resolve. Where the
+// specification itself puts poles closer to the unit circle than a double
+// resolves (onCircle), their sections may round onto it.
+TEST(IirElliptic, ExtremeSpecificationsStayFiniteAndStable) {
+    struct Row {
+        int type, order;
+        double ripple, atten;
+        bool onCircle;
+    } rows[] = {
+        {0, 4, 1e-9, 60, false},    {1, 5, 1e-300, 40, true},   {0, 6, 1, 5000, false},
+        {3, 3, 0.5, 1e6, false},    {2, 4, 1, 1.000001, true},  {0, 2, 1000, 1001, true},
+        {0, 20, 1, 40, false},      {2, 40, 0.1, 30, true},     {1, 200, 3, 100, true},
+        {3, 7, 1e-5, 1e300, false}, {0, 1, 2, 1e308, false},    {2, 9, 1e-12, 1e-11, false},
+    };
+    const int n = 400;
+    Vec x(n, 0.0);
+    x[0] = 1;
+    for (const Row& r : rows) {
+        SCOPED_TRACE(std::string(kTypeName[r.type]) + " order " + std::to_string(r.order) + " R " +
+                     std::to_string(r.ripple) + " A " + std::to_string(r.atten));
+        Vec y(n);
+        const double fl = r.type < 2 ? kFc : kFl;
+        AnalysisStatus st = r.type == 0   ? ElpLowPass(x.data(), n, kFs, fl, r.ripple, r.atten, r.order, y.data())
+                            : r.type == 1 ? ElpHighPass(x.data(), n, kFs, fl, r.ripple, r.atten, r.order, y.data())
+                            : r.type == 2 ? ElpBandPass(x.data(), n, kFs, kFl, kFh, r.ripple, r.atten, r.order, y.data())
+                                          : ElpBandStop(x.data(), n, kFs, kFl, kFh, r.ripple, r.atten, r.order, y.data());
+        ASSERT_EQ(st, kOk);
+        // A stable cascade's impulse response is finite and dies away.
+        double head = 0, tail = 0;
+        for (int i = 0; i < n; ++i) {
+            ASSERT_TRUE(std::isfinite(y[i])) << i;
+            (i < n / 2 ? head : tail) = std::max(i < n / 2 ? head : tail, std::fabs(y[i]));
+        }
+        if (r.order <= 9) {
+            EXPECT_LT(tail, head);
+        }
+        // Every section's poles inside the unit circle (the direct form of
+        // the product rounds poles this close to the circle across it).
+        IirSectionSource source(IirFamily::kElliptic, r.type, r.order, kFs, fl, kFh, r.ripple, r.atten);
+        IirSection s;
+        int sections = 0;
+        while (source.Next(s)) {
+            for (int i = 0; i < s.len; ++i) ASSERT_TRUE(std::isfinite(s.a[i]) && std::isfinite(s.g * s.num[i])) << i;
+            if (!r.onCircle) {
+                EXPECT_TRUE(Stable(Vec(s.a, s.a + s.len))) << "section " << sections;
+            }
+            ++sections;
+        }
+        EXPECT_EQ(sections, r.order / 2 + r.order % 2);
+    }
+}
+
 // The filtering kernels run the sections, the designs multiply them: the
 // same impulse response to rounding, and the same response when the input
 // buffer is also the output.
@@ -188,7 +369,7 @@ TEST(IirDesign, FilteringEqualsCoefficientsOnAnImpulse) {
     const int n = 300;
     Vec x(n, 0.0);
     x[0] = 1;
-    for (const Case& c : AllCases()) {
+    for (const Case& c : AllCases({kBw, kCh, kInvCh, kElp})) {
         SCOPED_TRACE(c.Name());
         const int m = c.type < 2 ? c.order + 1 : 2 * c.order + 1;
         Vec a(m), b(m), y1(m - 1, 0.0), x1(m - 1, 0.0), want(n), got(n);
@@ -454,6 +635,11 @@ TEST(IirDesign, FilteringChecksInOrder) {
         {"band ripple", ChBandStop(p, 4, 1000, 100, 200, 0, 2, q), kErrRipple},
         {"band attenuation", InvChBandPass(p, 4, 1000, 100, 600, 0, 2, q), kErrAttenuation},
         {"band order", InvChBandStop(p, 4, 1000, 100, 200, 30, -1, q), kErrOrderNotPositive},
+        {"elliptic ripple", ElpLowPass(p, 4, 1000, 100, 0, 40, 2, q), kErrRipple},
+        {"elliptic attenuation", ElpHighPass(p, 4, 1000, 100, 1, 0, 2, q), kErrAttenuation},
+        {"attenuation equal to ripple", ElpBandPass(p, 4, 1000, 100, 200, 3, 3, 2, q), kErrAttenuationBelowRipple},
+        {"NaN attenuation", ElpBandStop(p, 4, 1000, 100, 200, 1, std::nan(""), 2, q), kErrAttenuation},
+        {"attenuation order before cutoff", ElpLowPass(p, 4, 1000, 600, 3, 1, 2, q), kErrAttenuationBelowRipple},
         {"fc = fs/2 accepted", BwLowPass(p, 4, 1000, 500, 3, q), kOk},
     };
     for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << r.what;
@@ -487,6 +673,9 @@ TEST(IirDesign, CoefficientChecksInOrder) {
         {"ripple before edge order", ChCoefDesign(2, 2, 1000, 300, 200, 0, a.data(), 20, b.data(), 20), kErrRipple},
         {"attenuation", InvChCoefDesign(0, 2, 1000, 100, 0, -1, a.data(), 20, b.data(), 20), kErrAttenuation},
         {"huge order counts in 64 bits", bw(2, 2147483647, 1000, 100, 200, 20, 20), kErrWrongCount},
+        {"elliptic ripple first", ElpCoefDesign(0, 2, 1000, 100, 0, 0, 0, a.data(), 20, b.data(), 20), kErrRipple},
+        {"elliptic attenuation below ripple",
+         ElpCoefDesign(3, 2, 1000, 300, 200, 2, 1, a.data(), 20, b.data(), 20), kErrAttenuationBelowRipple},
     };
     for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << r.what;
 }
