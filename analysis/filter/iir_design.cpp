@@ -357,20 +357,12 @@ void IirSectionSource::RealSection(IirSection& s) const {
         case kBandpass: BandRealPass(s, b_, p_); return;
         default: BandRealStop(s, b_, p_); return;
         }
-    case IirFamily::kElliptic:
-        // Real pole -sigma, sigma = sh_: the Chebyshev sections with sh_ for
-        // sinh (order 1 included).
-        switch (type_) {
-        case kLowpass: {
-            const double a = sh * t;
-            SetFirst(s, a / (1 + a), 1, -((1 - a) / (1 + a)));
-            return;
-        }
-        case kHighpass: SetFirst(s, sh / (t + sh), -1, -((sh - t) / (t + sh))); return;
-        case kBandpass: BandRealPass(s, sh * b_, p_); return;
-        default: BandRealStop(s, b_ / sh, p_); return;
-        }
     case IirFamily::kChebyshev:
+    case IirFamily::kElliptic: {
+        // Real pole -sh (elliptic: sh_ holds sc(v0 K, k')). A first-order
+        // Chebyshev band filter uses v = B in both band types, and so equals
+        // the Butterworth one whatever the ripple; the elliptic one does not.
+        const bool plainB = family_ == IirFamily::kChebyshev && order_ == 1;
         switch (type_) {
         case kLowpass: {
             const double a = sh * t;
@@ -378,11 +370,10 @@ void IirSectionSource::RealSection(IirSection& s) const {
             return;
         }
         case kHighpass: SetFirst(s, sh / (t + sh), -1, -((sh - t) / (t + sh))); return;
-        // Order 1 uses v = B in both band types, so a first-order Chebyshev
-        // band filter equals the Butterworth one whatever the ripple.
-        case kBandpass: BandRealPass(s, order_ == 1 ? b_ : sh * b_, p_); return;
-        default: BandRealStop(s, order_ == 1 ? b_ : b_ / sh, p_); return;
+        case kBandpass: BandRealPass(s, plainB ? b_ : sh * b_, p_); return;
+        default: BandRealStop(s, plainB ? b_ : b_ / sh, p_); return;
         }
+    }
     case IirFamily::kInverseChebyshev:
         // Real pole -1/sh: lowpass s + T/sh, highpass s + T*sh, bandpass
         // v = B/sh, bandstop v = B*sh.
