@@ -378,7 +378,7 @@ AnalysisStatus EquiRippleDesign(std::int32_t bands, const double* desired, const
     for (std::int32_t b = 0; b < bands; ++b)
         if (!(weights[b] > 0.0) || !(desired[b] >= 0.0)) return kErrBandEdges;
     const double last = edges[ne - 1];
-    if (last / fs > 0.5) return kErrCutoff;
+    if (!(last / fs <= 0.5)) return kErrCutoff;  // also inf/inf
     for (std::int64_t i = 1; i < ne; ++i)
         if (!(edges[i - 1] < edges[i])) return kErrBandEdges;
     const double half = fs / 2.0;
